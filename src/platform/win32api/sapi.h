@@ -1,4 +1,5 @@
-// The speech interfaces that the library calls, under their published names. Source compatible, not binary. MIT licence.
+// The speech interfaces that the library calls, under their published names. Source compatible, not binary. MIT
+// licence.
 #ifndef QXSPEECH_WIN32API_SAPI_H
 #define QXSPEECH_WIN32API_SAPI_H
 
@@ -46,8 +47,8 @@ enum SPEVENTLPARAMTYPE {
     SPET_LPARAM_IS_STRING = 4
 };
 
-// One event of speech. lParam is owned by whoever took the event, by the kind that elParamType tells: release a token or
-// an object, CoTaskMemFree a pointer or a string.
+// One event of speech. lParam is owned by whoever took the event, by the kind that elParamType tells: release a token
+// or an object, CoTaskMemFree a pointer or a string.
 struct SPEVENT {
     WORD eEventId;
     WORD elParamType;

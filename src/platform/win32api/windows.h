@@ -23,6 +23,7 @@ using LPWSTR = WCHAR*;
 using LPCWSTR = const WCHAR*;
 using LPCSTR = const CHAR*;
 using LPVOID = void*;
+using LPDWORD = DWORD*;
 using HRESULT = int32_t;
 using WPARAM = uintptr_t;
 using LPARAM = intptr_t;
@@ -58,6 +59,9 @@ using FARPROC = INT (*)();
 #define E_ACCESSDENIED (static_cast<HRESULT>(0x80070005u))
 #define E_OUTOFMEMORY (static_cast<HRESULT>(0x8007000Eu))
 #define E_INVALIDARG (static_cast<HRESULT>(0x80070057u))
+#define CLASS_E_NOAGGREGATION (static_cast<HRESULT>(0x80040110u))
+#define REGDB_E_CLASSNOTREG (static_cast<HRESULT>(0x80040154u))
+#define CO_E_NOTINITIALIZED (static_cast<HRESULT>(0x800401F0u))
 #define SUCCEEDED(hr) (static_cast<HRESULT>(hr) >= 0)
 #define FAILED(hr) (static_cast<HRESULT>(hr) < 0)
 
@@ -87,11 +91,15 @@ inline bool operator==(const GUID& a, const GUID& b)
         same = a.Data4[i] == b.Data4[i];
     return same;
 }
-inline bool operator!=(const GUID& a, const GUID& b) { return !(a == b); }
+inline bool operator!=(const GUID& a, const GUID& b)
+{
+    return !(a == b);
+}
 
 // Messages. A thread's queue holds only the notices that the platform posts to it, all under WM_APP.
 
 #define WM_APP 0x8000
+#define PM_NOREMOVE 0x0000
 #define PM_REMOVE 0x0001
 
 struct POINT {
