@@ -19,6 +19,9 @@ using ClassFactory = std::function<HRESULT(REFIID, void**)>;
 // handlers still find it. Any thread.
 ClassFactory RegisterClass(REFCLSID clsid, ClassFactory factory);
 
+// The table as it was at the start.
+void RestoreDefaultClasses();
+
 // The default factories, in class_table.cpp.
 struct DefaultClass {
     const CLSID* clsid;

@@ -19,11 +19,12 @@ struct InstalledVoice {
 };
 
 // Starts the synthesizer once per process (synchronous output, never terminated: a second start would hang); the sample
-// rate in Hz of what it makes, or 0 if it cannot start. Every thread may call it, holding EspeakLock() or not.
+// rate in Hz of what it makes, or 0 if it cannot start. Any thread; the locale that the
+// synthesizer's start puts in place is put back.
 int StartEspeak();
 
-// Held during every call of the synthesizer but StartEspeak: its voice, parameters and state are global. Recursive only
-// in the sense that StartEspeak and InstalledVoices do not need it held. Never destroyed.
+// Held during every call of the synthesizer: its voice, parameters and state are global. StartEspeak and
+// InstalledVoices take it themselves where they need it, so their caller must not hold it. Never destroyed.
 std::mutex& EspeakLock();
 
 // The voices that are installed, read once, in the synthesizer's order. Empty if it cannot start. Never destroyed. Do

@@ -84,6 +84,9 @@ public:
     // A null name reads the default value. *value is allocated by the COM allocator; the caller frees it.
     virtual HRESULT GetStringValue(LPCWSTR name, LPWSTR* value) = 0;
     virtual HRESULT OpenKey(LPCWSTR subKeyName, ISpDataKey** subKey) = 0;
+
+protected:
+    ~ISpDataKey() = default;
 };
 
 class ISpObjectToken : public ISpDataKey
@@ -91,6 +94,9 @@ class ISpObjectToken : public ISpDataKey
 public:
     virtual HRESULT SetId(LPCWSTR categoryId, LPCWSTR tokenId, BOOL createIfNotExist) = 0;
     virtual HRESULT GetId(LPWSTR* tokenId) = 0;
+
+protected:
+    ~ISpObjectToken() = default;
 };
 
 class IEnumSpObjectTokens : public IUnknown
@@ -98,6 +104,9 @@ class IEnumSpObjectTokens : public IUnknown
 public:
     virtual HRESULT Next(ULONG count, ISpObjectToken** tokens, ULONG* fetched) = 0;
     virtual HRESULT GetCount(ULONG* count) = 0;
+
+protected:
+    ~IEnumSpObjectTokens() = default;
 };
 
 class ISpObjectTokenCategory : public ISpDataKey
@@ -105,6 +114,9 @@ class ISpObjectTokenCategory : public ISpDataKey
 public:
     virtual HRESULT SetId(LPCWSTR categoryId, BOOL createIfNotExist) = 0;
     virtual HRESULT EnumTokens(LPCWSTR required, LPCWSTR optional, IEnumSpObjectTokens** tokens) = 0;
+
+protected:
+    ~ISpObjectTokenCategory() = default;
 };
 
 class ISpStreamFormat : public IUnknown
@@ -112,6 +124,9 @@ class ISpStreamFormat : public IUnknown
 public:
     // *format is allocated by the COM allocator; the caller frees it.
     virtual HRESULT GetFormat(GUID* formatId, WAVEFORMATEX** format) = 0;
+
+protected:
+    ~ISpStreamFormat() = default;
 };
 
 class ISpStream : public ISpStreamFormat
@@ -120,12 +135,18 @@ public:
     virtual HRESULT BindToFile(LPCWSTR fileName, SPFILEMODE mode, const GUID* formatId, const WAVEFORMATEX* format,
                                ULONGLONG eventInterest) = 0;
     virtual HRESULT Close() = 0;
+
+protected:
+    ~ISpStream() = default;
 };
 
 class ISpNotifySource : public IUnknown
 {
 public:
     virtual HRESULT SetNotifyCallbackFunction(SPNOTIFYCALLBACK* callback, WPARAM wParam, LPARAM lParam) = 0;
+
+protected:
+    ~ISpNotifySource() = default;
 };
 
 class ISpEventSource : public ISpNotifySource
@@ -134,6 +155,9 @@ public:
     virtual HRESULT SetInterest(ULONGLONG eventInterest, ULONGLONG queuedInterest) = 0;
     // S_FALSE if fewer than count events were queued.
     virtual HRESULT GetEvents(ULONG count, SPEVENT* events, ULONG* fetched) = 0;
+
+protected:
+    ~ISpEventSource() = default;
 };
 
 class ISpVoice : public ISpEventSource
@@ -154,6 +178,9 @@ public:
     virtual HRESULT SetVolume(USHORT volume) = 0;
     virtual HRESULT GetVolume(USHORT* volume) = 0;
     virtual HRESULT WaitUntilDone(ULONG milliseconds) = 0;
+
+protected:
+    ~ISpVoice() = default;
 };
 
 extern const CLSID CLSID_SpVoice;
