@@ -2,38 +2,25 @@
 #ifndef QXSPEECH_CORE_QXSINGLETON_H
 #define QXSPEECH_CORE_QXSINGLETON_H
 
+#include <atomic>
 #include <cstdlib>
 #include <wx/thread.h>
 
 #include "common/export.h"
 
 // Base of a class T of which there is at most one object. Get() builds it and owns it; DestroyInstance(), called by the
-// host or by the exit handler that the first Get() of an instance registers, deletes it. Both may be called from any
+// host or by the exit handler that Get() registers for each object it builds, deletes it. Both may be called from any
 // thread; what T itself does has no lock here. After DestroyInstance() the next Get() builds a new object, and pointers
-// from earlier calls are dead.
+// from earlier calls are dead. One object for library and host: the header of T declares the instantiation extern, and
+// one source file of T's library makes it.
 template <class T>
 class QXSPEECH_API QXSingleton
 {
 public:
     // Never null. The constructor of T runs under the lock.
-    static T* Get()
-    {
-        if (!m_pInstance) {
-            wxCriticalSectionLocker lock(m_critsect);
-            if (!m_pInstance) {
-                m_pInstance = new T;
-                std::atexit(&QXSingleton<T>::DestroyInstance);
-            }
-        }
-        return m_pInstance;
-    }
-
-    static void DestroyInstance()
-    {
-        wxCriticalSectionLocker lock(m_critsect);
-        delete m_pInstance;
-        m_pInstance = nullptr;
-    }
+    static T* Get();
+    // Does nothing without an object. The destructor of T runs under the lock.
+    static void DestroyInstance();
 
 protected:
     QXSingleton() {}
@@ -41,8 +28,38 @@ protected:
     QXSingleton& operator=(const QXSingleton&) { return *this; }
     virtual ~QXSingleton() {}
 
-    static T* m_pInstance;
+    static std::atomic<T*> m_pInstance; // written under m_critsect, read without it
     static wxCriticalSection m_critsect;
 };
+
+template <class T>
+std::atomic<T*> QXSingleton<T>::m_pInstance{nullptr};
+
+template <class T>
+wxCriticalSection QXSingleton<T>::m_critsect;
+
+template <class T>
+T* QXSingleton<T>::Get()
+{
+    T* instance = m_pInstance;
+    if (instance)
+        return instance;
+    const wxCriticalSectionLocker lock(m_critsect);
+    instance = m_pInstance;
+    if (!instance) {
+        instance = new T;
+        m_pInstance = instance;
+        std::atexit(&QXSingleton<T>::DestroyInstance);
+    }
+    return instance;
+}
+
+template <class T>
+void QXSingleton<T>::DestroyInstance()
+{
+    const wxCriticalSectionLocker lock(m_critsect);
+    delete m_pInstance.load();
+    m_pInstance = nullptr;
+}
 
 #endif
