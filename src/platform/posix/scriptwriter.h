@@ -89,7 +89,7 @@ private:
     Numbers m_voiceNumbers;
     Numbers m_sayAsNumbers;
     Wrappers m_open;
-    size_t m_spoken = 0; // code points written
+    size_t m_spoken = 0;    // code points written
     double m_silenceMs = 0; // not written yet
     bool m_inText = false;
     bool m_anyWord = false; // something audible was written

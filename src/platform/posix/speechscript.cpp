@@ -166,6 +166,28 @@ ScriptError MakeSpeechScript(const std::wstring& source, ScriptForm form, const 
     return error;
 }
 
+bool FindWord(const SpeechScript& script, const std::wstring& source, size_t textPosition, size_t length, size_t& start,
+              size_t& count)
+{
+    if (textPosition == 0 || length == 0)
+        return false;
+    const auto blankAt = [&](size_t position) { return position < source.size() && IsXmlBlank(source[position]); };
+    size_t spoken = textPosition - 1;
+    start = script.map.ToSource(spoken);
+    count = script.map.ToSourceLength(spoken, length);
+    if (blankAt(start)) {
+        while (blankAt(start))
+            start = script.map.ToSource(++spoken);
+        size_t end = start;
+        while (end < source.size() && !IsXmlBlank(source[end]) && !(script.ssml && source[end] == L'<'))
+            ++end;
+        while (end > start + 1 && std::wstring_view(L".,;:!?)]}\"").find(source[end - 1]) != std::wstring_view::npos)
+            --end;
+        count = end - start;
+    }
+    return count > 0;
+}
+
 int WordsPerMinute(double rate)
 {
     constexpr double normal = 175;

@@ -96,6 +96,12 @@ struct ScriptContext {
 ScriptError MakeSpeechScript(const std::wstring& source, ScriptForm form, const ScriptContext& context,
                              SpeechScript& out);
 
+// Where a WORD event's word stands in the source: first unit and units. `textPosition` counts from 1 as the event does.
+// False for an event without a word. Behind a full stop within a sentence the event points at the blank before the
+// word, with a wrong length; the answer is the word all the same.
+bool FindWord(const SpeechScript& script, const std::wstring& source, size_t textPosition, size_t length, size_t& start,
+              size_t& count);
+
 // The synthesizer's rate by steps: 175 words a minute times 3^(rate/10). Limits rate to -10..10.
 int WordsPerMinute(double rate);
 

@@ -23,7 +23,6 @@ struct Speech {
     std::vector<short> samples;
     struct Word {
         size_t position, length; // as the synthesizer counts, from 1
-        size_t sample;
     };
     std::vector<Word> words;
     std::vector<std::string> marks;
@@ -47,9 +46,8 @@ int Collect(short* samples, int count, espeak_EVENT* events)
     if (samples && count > 0)
         speech.samples.insert(speech.samples.end(), samples, samples + count);
     for (; events->type != espeakEVENT_LIST_TERMINATED; ++events) {
-        if (events->type == espeakEVENT_WORD && events->length > 0)
-            speech.words.push_back({static_cast<size_t>(events->text_position), static_cast<size_t>(events->length),
-                                    static_cast<size_t>(events->audio_position * kSampleRate / 1000)});
+        if (events->type == espeakEVENT_WORD)
+            speech.words.push_back({static_cast<size_t>(events->text_position), static_cast<size_t>(events->length)});
         if (events->type == espeakEVENT_MARK)
             speech.marks.emplace_back(events->id.name);
     }
@@ -251,22 +249,31 @@ TEST(SpeechScriptSynth, MarksArriveWithTheirNames)
 TEST(SpeechScriptSynth, WordEventsLeadBackToTheSource)
 {
     const ScriptContext context = EnglishContext();
-    const std::wstring sources[] = {
-        L"caf\xE9 \x416 one two",
-        L"<sapi>caf&eacute; <rate speed='5'>&#x416; <!-- no -->one</rate> <lang langid='407'>two</lang></sapi>",
-        L"<speak>caf\xE9 <emphasis>\x416</emphasis><mark name='x'/> <prosody pitch='high'>one</prosody> "
-        L"<b>two</b></speak>",
-    };
-    for (const std::wstring& source : sources) {
-        const SpeechScript script = Script(source, context);
+    const std::wstring cafe = L"caf\xE9";
+    const std::wstring zhe = L"\x416";
+    const struct {
+        std::wstring source;
         std::vector<std::wstring> words;
-        for (const Speech::Word& word : Speak(script, context).words)
-            words.push_back(source.substr(script.map.ToSource(word.position - 1),
-                                          script.map.ToSourceLength(word.position - 1, word.length)));
-        ASSERT_EQ(words.size(), 4U) << script.text;
-        EXPECT_TRUE(words[0] == L"caf\xE9" || words[0] == L"caf&eacute;") << script.text;
-        EXPECT_TRUE(words[1] == L"\x416" || words[1] == L"&#x416;") << script.text;
-        EXPECT_EQ(words[2], L"one");
-        EXPECT_EQ(words[3], L"two");
+    } rows[] = {
+        {L"caf\xE9 \x416 one two", {cafe, zhe, L"one", L"two"}},
+        {L"one. two three. four, five! Six", {L"one", L"two", L"three", L"four", L"five", L"Six"}},
+        {L"<b>one.  <emph>two</emph> three</b>", {L"one", L"two", L"three"}},
+        {L"<b>one <silence msec='9'/>two <lang langid='407'>drei, vier</lang>. five</b>",
+         {L"one", L"two", L"drei", L"vier", L"five"}},
+        {L"<sapi>caf&eacute; <rate speed='5'>&#x416; <!-- no -->one</rate> <lang langid='407'>two</lang></sapi>",
+         {L"caf&eacute;", L"&#x416;", L"one", L"two"}},
+        {L"<speak>caf\xE9 <emphasis>\x416</emphasis><mark name='x'/> <prosody pitch='high'>one</prosody></speak>",
+         {cafe, zhe, L"one"}},
+    };
+    for (const auto& row : rows) {
+        const SpeechScript script = Script(row.source, context);
+        std::vector<std::wstring> words;
+        for (const Speech::Word& word : Speak(script, context).words) {
+            size_t start = 0;
+            size_t count = 0;
+            if (FindWord(script, row.source, word.position, word.length, start, count))
+                words.push_back(row.source.substr(start, count));
+        }
+        EXPECT_EQ(words, row.words) << script.text;
     }
 }
