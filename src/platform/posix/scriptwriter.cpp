@@ -79,6 +79,9 @@ size_t ScriptWriter::Substitute(std::wstring_view text, size_t source, const Spe
 void ScriptWriter::Mark(const std::wstring& name, size_t source)
 {
     WriteSilence(source);
+    // Directly behind the end of a sentence a tag is read as its next character, and the mark gets lost.
+    if (!m_script.text.empty() && std::string_view(".!?").find(m_script.text.back()) != std::string_view::npos)
+        Markup("\n", source);
     Markup("<mark name=\"" + std::to_string(m_script.marks.size()) + "\"/>", source);
     m_script.marks.push_back(name);
 }
@@ -224,6 +227,10 @@ void ScriptWriter::Open(const Wrappers& wanted, size_t source)
 void ScriptWriter::Markup(const std::string& markup, size_t source)
 {
     m_inText = false;
+    // A tag behind a sentence and a blank swallows marks and shifts the next position by one; behind a line end it
+    // does not, and the two sound the same.
+    if (markup.front() == '<' && !m_script.text.empty() && m_script.text.back() == ' ')
+        m_script.text.back() = '\n';
     m_script.map.AddSpan(m_spoken, source, source);
     m_script.text += markup;
     m_spoken += CountCodePoints(markup);

@@ -316,8 +316,10 @@ void Synthesizer::CollectMarks(Turn& turn, const espeak_EVENT* events, std::vect
             pending.mark.kind = Mark::Kind::Bookmark;
             pending.mark.name = MarkName(script, events->id.name);
         } else if (events->type == espeakEVENT_WORD) {
-            pending.mark.length =
-                script.map.ToSourceLength(position, static_cast<size_t>(std::max(0, events->length)));
+            const size_t length = static_cast<size_t>(std::max(0, events->length));
+            if (!FindWord(script, turn.utterance->source, position + 1, length, pending.mark.position,
+                          pending.mark.length))
+                continue;
         } else {
             // The end of a clause tells how long the sentence is so far.
             pending.mark.kind = Mark::Kind::Sentence;

@@ -44,6 +44,7 @@ enum class OutputState { Pending, Ready, Failed };
 struct Utterance {
     // Set once, before the utterance is queued.
     ULONG stream = 0;
+    std::wstring source; // the caller's text, which positions refer to
     SpeechScript script;
     std::string voice; // the synthesizer's identifier
     int wordsPerMinute = 0;
