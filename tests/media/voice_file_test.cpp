@@ -109,6 +109,22 @@ TEST(VoiceToFile, FirstCharacterDecidesWhetherTextIsXml)
     EXPECT_NEAR(SpeakAndRead(L"<speak version=\"1.0\">hello there friend</speak>").Seconds(), plain, 0.15);
 }
 
+TEST(VoiceToFile, LanguageOfMarkupChoosesTheVoice)
+{
+    const wchar_t text[] = L"Die Zahlen 987654 und 1234567 und 777777 sind lang.";
+    ScratchDir dir;
+    SpeechVoice german;
+    ISpObjectToken* const token = FindToken(L"German");
+    ASSERT_NE(token, nullptr);
+    ASSERT_EQ(german->SetVoice(token), S_OK);
+    token->Release();
+    ASSERT_EQ(german.SpeakToFile(dir / "a.wav", text), S_OK);
+    const double expected = Read(dir / "a.wav").Seconds();
+    ASSERT_GT(std::abs(SpeakAndRead(text).Seconds() - expected), 0.2) << "the text tells the two voices apart";
+    EXPECT_NEAR(SpeakAndRead(std::wstring(L"<lang langid=\"407\">") + text + L"</lang>").Seconds(), expected, 0.1);
+    EXPECT_NEAR(SpeakAndRead(std::wstring(L"<speak xml:lang=\"de-DE\">") + text + L"</speak>").Seconds(), expected, 0.1);
+}
+
 TEST(VoiceToFile, TwoCallsInOneStreamFollowEachOther)
 {
     ScratchDir dir;
