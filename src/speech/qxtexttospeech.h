@@ -11,7 +11,7 @@
 #include "speech/texttospeech.h"
 
 class QXProxySettings;
-class QXTextToSpeech;
+class QXSPEECH_API QXTextToSpeech;
 
 // Credentials of the speech services. Plain text, nothing kept on disk.
 struct QXTTSAuthInfo {

@@ -20,16 +20,16 @@ class wxTTSTransformer;
 struct QXTTSAuthInfo;
 
 // Unit of a speed, volume or pitch. Every value but PERCENT is taken as native.
-enum wxTTSQuantityType {
+enum wxTTSQuantityType : int {
     wxTTS_QUANTITY_NATIVE = 0, // the engine's own scale
     wxTTS_QUANTITY_PERCENT = 1 // 0 to 100 from the engine's minimum to its maximum
 };
 
 // What Skip counts. Handed on unchanged; the engines of this library skip by sentence whatever it says.
-enum wxTTSSkipType { wxTTS_SKIP_SENTENCE = 0, wxTTS_SKIP_WORD = 1, wxTTS_SKIP_PARAGRAPH = 2 };
+enum wxTTSSkipType : int { wxTTS_SKIP_SENTENCE = 0, wxTTS_SKIP_WORD = 1, wxTTS_SKIP_PARAGRAPH = 2 };
 
 // What an engine can do, as HasCapability tells.
-enum wxTTSCapability {
+enum wxTTSCapability : int {
     wxTTS_CAP_BOOKMARKS = 0,
     wxTTS_CAP_WORD_EVENTS = 1,
     wxTTS_CAP_LEXICON = 2,

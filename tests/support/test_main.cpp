@@ -1,4 +1,5 @@
-// Starts a test program as a console host would: locale from the environment, wxWidgets started, no display. MIT licence.
+// Starts a test program as a console host would: locale from the environment, wxWidgets started, no display. MIT
+// licence.
 #include <clocale>
 #include <gtest/gtest.h>
 #include <wx/init.h>

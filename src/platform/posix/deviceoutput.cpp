@@ -13,7 +13,7 @@ namespace
 
 constexpr std::chrono::microseconds kTailMargin(20000);
 // A long device buffer would delay a pause; a very short one underflows.
-constexpr double kMinLatencySeconds = 0.02;
+constexpr double kMinLatencySeconds = 0.05;
 constexpr double kMaxLatencySeconds = 0.06;
 
 // PortAudio's opening and closing of streams is not thread-safe; writing to different streams is. Never destroyed: the

@@ -248,8 +248,10 @@ struct LanguageIndex {
         for (const LanguageRow& row : kLanguages) {
             names.emplace(row.id, row.name);
             ids.emplace(row.name, row.id);
-            for (const std::string& tag : Split(row.tags, ' '))
-                ids.emplace(tag, row.id);
+            for (const std::string& tag : Split(row.tags, ' ')) {
+                if (!tag.empty())
+                    ids.emplace(tag, row.id);
+            }
         }
         for (const char* tag : kUserLanguages)
             AddUserLanguage(tag);

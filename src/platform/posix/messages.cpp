@@ -6,6 +6,7 @@
 #include <windows.h>
 #include <wx/app.h>
 #include <wx/event.h>
+#include <wx/module.h>
 #include <wx/thread.h>
 
 namespace qxplatform
@@ -21,6 +22,17 @@ wxEvtHandler& EventSink()
     return *sink;
 }
 
+// wxWidgets keeps events that nobody processed beyond the application's end, where a later application never looks.
+class QXNoticeModule : public wxModule
+{
+public:
+    bool OnInit() override { return true; }
+    void OnExit() override { EventSink().DeletePendingEvents(); }
+
+private:
+    wxDECLARE_DYNAMIC_CLASS(QXNoticeModule);
+};
+
 using SharedQueue = std::shared_ptr<NoticeQueue>;
 
 // A plain pointer, so that the main thread's queue outlives the thread's own destructors.
@@ -33,6 +45,8 @@ struct ThreadQueueEnd {
         threadQueue = nullptr;
     }
 };
+
+wxIMPLEMENT_DYNAMIC_CLASS(QXNoticeModule, wxModule);
 
 } // namespace
 
@@ -125,8 +139,8 @@ void NoticeQueue::DeliverWaiting()
     }
 }
 
-// The event carries a token: it is alive exactly as long as wxWidgets holds the event, also if an application that ends
-// throws the event away.
+// The event carries a token that is alive exactly as long as wxWidgets holds the event, also where it throws the event
+// away.
 void NoticeQueue::RequestEvent()
 {
     if (!mainThread || !wxAppConsole::GetInstance())

@@ -2,7 +2,6 @@
 #include "platform/posix/spvoice.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cwchar>
 
 #include "common/logging.h"
@@ -27,10 +26,6 @@ constexpr HRESULT kVoiceNotFound = static_cast<HRESULT>(0x80045093u);
 constexpr std::chrono::milliseconds kReleaseLimit(500);
 constexpr LONG kMaxRate = 10;
 constexpr USHORT kMaxVolume = 100;
-
-// Rate 0 is the synthesizer's normal speed; ten steps are a factor of three, by the published scale of this interface.
-// The synthesizer itself goes no slower than 80 words a minute.
-int WordsPerMinute(LONG rate) { return static_cast<int>(std::lround(175.0 * std::pow(3.0, rate / 10.0))); }
 
 HRESULT CodeOf(ScriptError error)
 {
@@ -296,6 +291,7 @@ HRESULT SpVoice::MakeUtterance(LPCWSTR given, DWORD flags, const Settings& setti
     const ScriptError error = MakeSpeechScript(text, form, context, utterance->script);
     if (error != ScriptError::None)
         return CodeOf(error);
+    utterance->source = std::move(text);
     utterance->voice = settings.voice;
     utterance->wordsPerMinute = WordsPerMinute(settings.rate);
     utterance->volumePercent = settings.volume;

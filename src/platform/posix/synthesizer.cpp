@@ -209,6 +209,7 @@ void Synthesizer::FinishTurn(Turn& turn)
         utterance.from = TakeUp{turn.sentence, turn.made - turn.sentenceStart};
     else
         utterance.synthesized = true;
+    utterance.CompleteSentence();
     turn.voice->changed.notify_all();
 }
 
@@ -276,6 +277,8 @@ bool Synthesizer::WaitForRoom(Lock& lock, Turn& turn, bool atSentence)
         }
         if (!full)
             return true;
+        utterance.CompleteSentence();
+        turn.voice->changed.notify_all();
         m_work.wait_for(lock, kStallCheckInterval);
         CheckStalls();
         full = utterance.Queued() >= kQueueLowSamples;
@@ -302,7 +305,7 @@ void Synthesizer::CollectMarks(Turn& turn, const espeak_EVENT* events, std::vect
         turn.lastPosition = std::max(turn.lastPosition, position);
 
         const uint64_t runSample = static_cast<uint32_t>(events->sample);
-        PendingMark pending = {{Mark::Kind::Word, 0, 0, script.map.ToSource(position), 0, {}}, runSample};
+        PendingMark pending = {{Mark::Kind::Word, 0, 0, script.map.ToSource(position), 0, true, {}}, runSample};
         if (sentence) {
             pending.mark.kind = Mark::Kind::Sentence;
             pending.mark.sentence = static_cast<uint32_t>(events->id.number);
@@ -313,8 +316,10 @@ void Synthesizer::CollectMarks(Turn& turn, const espeak_EVENT* events, std::vect
             pending.mark.kind = Mark::Kind::Bookmark;
             pending.mark.name = MarkName(script, events->id.name);
         } else if (events->type == espeakEVENT_WORD) {
-            pending.mark.length =
-                script.map.ToSourceLength(position, static_cast<size_t>(std::max(0, events->length)));
+            const size_t length = static_cast<size_t>(std::max(0, events->length));
+            if (!FindWord(script, turn.utterance->source, position + 1, length, pending.mark.position,
+                          pending.mark.length))
+                continue;
         } else {
             // The end of a clause tells how long the sentence is so far.
             pending.mark.kind = Mark::Kind::Sentence;
@@ -334,13 +339,17 @@ void Synthesizer::Deliver(Turn& turn, const short* samples, size_t count, std::v
         Mark& mark = pending.mark;
         if (mark.kind == Mark::Kind::Sentence && mark.sentence == 0) {
             const auto last = std::find_if(utterance.marks.rbegin(), utterance.marks.rend(),
-                                           [](const Mark& m) { return m.kind == Mark::Kind::Sentence; });
+                                           [](const Mark& m) { return !m.complete; });
             if (last != utterance.marks.rend() && mark.position > last->position)
                 last->length = mark.position - last->position;
             continue;
         }
         if (pending.runSample < drop)
             continue; // delivered by an earlier run
+        if (mark.kind == Mark::Kind::Sentence) {
+            utterance.CompleteSentence();
+            mark.complete = false;
+        }
         mark.sample = origin + pending.runSample - drop;
         utterance.marks.push_back(std::move(mark));
     }
@@ -348,7 +357,7 @@ void Synthesizer::Deliver(Turn& turn, const short* samples, size_t count, std::v
     turn.made += count;
     if (count > skip)
         utterance.Append(samples + skip, count - static_cast<size_t>(skip));
-    if (utterance.wanted > 0 && utterance.Queued() >= utterance.wanted)
+    if (utterance.wanted > 0 && (utterance.file ? utterance.Settled() : utterance.Queued()) >= utterance.wanted)
         turn.voice->changed.notify_all();
 }
 

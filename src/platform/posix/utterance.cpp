@@ -6,6 +6,14 @@
 namespace qxvoice
 {
 
+size_t Utterance::Settled() const
+{
+    const auto growing = std::find_if(marks.rbegin(), marks.rend(), [](const Mark& mark) { return !mark.complete; });
+    if (growing == marks.rend())
+        return Queued();
+    return growing->sample > consumed ? static_cast<size_t>(growing->sample - consumed) : 0;
+}
+
 void Utterance::Append(const int16_t* samples, size_t count)
 {
     m_pcm.insert(m_pcm.end(), samples, samples + count);
@@ -29,6 +37,13 @@ void Utterance::Take(size_t most, std::vector<int16_t>& out)
         }
     }
     consumed += count;
+}
+
+void Utterance::CompleteSentence()
+{
+    const auto last = std::find_if(marks.rbegin(), marks.rend(), [](const Mark& mark) { return !mark.complete; });
+    if (last != marks.rend())
+        last->complete = true;
 }
 
 void Utterance::Restart(uint32_t sentence)

@@ -23,7 +23,8 @@ struct Mark {
     uint64_t sample;   // on the utterance's timeline
     uint32_t sentence; // number from 1; only for sentences
     size_t position;
-    size_t length; // of a sentence: as far as it has been synthesized when it begins to be played
+    size_t length;
+    bool complete; // false: a sentence whose length is still growing; it is told when it is complete
     std::wstring name;
 };
 
@@ -43,6 +44,7 @@ enum class OutputState { Pending, Ready, Failed };
 struct Utterance {
     // Set once, before the utterance is queued.
     ULONG stream = 0;
+    std::wstring source; // the caller's text, which positions refer to
     SpeechScript script;
     std::string voice; // the synthesizer's identifier
     int wordsPerMinute = 0;
@@ -65,14 +67,18 @@ struct Utterance {
     uint64_t produced = 0;
     uint64_t consumed = 0;
     uint32_t heardSentence = 1;
-    size_t wanted = 0; // samples that the player waits for, 0 if it does not wait
+    size_t wanted = 0; // settled samples that the player waits for, 0 if it does not wait
 
     size_t Queued() const { return static_cast<size_t>(produced - consumed); }
+    // Queued samples ahead of a sentence whose length is still growing; all of them if there is none.
+    size_t Settled() const;
     void Append(const int16_t* samples, size_t count);
     // Moves up to `most` samples into `out`, which is replaced.
     void Take(size_t most, std::vector<int16_t>& out);
     // Drops what is queued and begins again at a sentence.
     void Restart(uint32_t sentence);
+    // The length of the latest sentence is what is known now.
+    void CompleteSentence();
 
 private:
     std::vector<int16_t> m_pcm;

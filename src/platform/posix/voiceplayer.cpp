@@ -123,11 +123,13 @@ void Player::PlayToFile(const std::shared_ptr<Utterance>& utterance)
         voice.changed.wait(m_lock);
         return;
     }
-    if (!utterance->synthesized && utterance->Queued() < kFileBlockSamples) {
+    // Nobody waits to hear a file: sentences are taken whole, so that their events come with their first sample.
+    const size_t settled = utterance->Settled();
+    if (!utterance->synthesized && settled < kFileBlockSamples) {
         AwaitSamples(*utterance, kFileBlockSamples);
         return;
     }
-    TakeBlock(*utterance, kQueueFullSamples);
+    TakeBlock(*utterance, settled);
     const bool last = utterance->synthesized && utterance->Queued() == 0;
     const unsigned generation = utterance->generation;
     voice.fileBusy = true;
@@ -137,8 +139,10 @@ void Player::PlayToFile(const std::shared_ptr<Utterance>& utterance)
         hr = utterance->file->EndUtterance();
     m_lock.lock();
     voice.fileBusy = false;
-    if (FAILED(hr) || (last && utterance->generation == generation))
+    if (FAILED(hr) || (last && utterance->generation == generation)) {
+        voice.TellMarks(*utterance);
         voice.Finish(utterance, hr);
+    }
     voice.changed.notify_all();
 }
 
@@ -201,6 +205,7 @@ void Player::PlayToDevice(const std::shared_ptr<Utterance>& utterance)
 void Player::EndOnDevice(const std::shared_ptr<Utterance>& utterance)
 {
     VoiceState& voice = *m_voice;
+    voice.TellMarks(*utterance);
     const bool followed = voice.utterances.size() > 1 && !voice.utterances[1]->file;
     const Clock::time_point heard = m_lastWrite + m_device.Tail();
     if (followed || Clock::now() >= heard)

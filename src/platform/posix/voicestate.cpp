@@ -10,11 +10,11 @@ namespace
 
 constexpr size_t kMaxEvents = 1024;
 
-uint64_t OutputBytes(const Utterance& utterance)
+uint64_t OutputBytes(const Utterance& utterance, uint64_t sample)
 {
     if (!utterance.file)
-        return utterance.consumed * sizeof(int16_t);
-    const uint64_t frames = utterance.consumed * static_cast<uint64_t>(utterance.file->RateHz()) / kSynthRateHz;
+        return sample * sizeof(int16_t);
+    const uint64_t frames = sample * static_cast<uint64_t>(utterance.file->RateHz()) / kSynthRateHz;
     return frames * static_cast<uint64_t>(utterance.file->Channels()) * sizeof(int16_t);
 }
 
@@ -126,7 +126,7 @@ void VoiceState::Tell(SPEVENTENUM id, const Utterance& utterance, const Mark* ma
     if ((queuedInterest & (1ull << id)) == 0)
         return;
     MakeRoomForEvent();
-    VoiceEvent event = {id, utterance.stream, OutputBytes(utterance), 0, 0, {}};
+    VoiceEvent event = {id, utterance.stream, OutputBytes(utterance, mark ? mark->sample : utterance.consumed), 0, 0, {}};
     if (mark) {
         event.length = mark->length;
         event.position = mark->position;
@@ -138,10 +138,16 @@ void VoiceState::Tell(SPEVENTENUM id, const Utterance& utterance, const Mark* ma
 
 void VoiceState::TellMarks(Utterance& utterance)
 {
-    while (!utterance.marks.empty() && utterance.marks.front().sample <= utterance.consumed) {
-        const Mark& mark = utterance.marks.front();
+    const bool atEnd = utterance.synthesized && utterance.Queued() == 0;
+    const auto passed = [&](const Mark& mark) { return atEnd || mark.sample < utterance.consumed; };
+    for (const Mark& mark : utterance.marks) {
+        if (!passed(mark))
+            break;
         if (mark.kind == Mark::Kind::Sentence)
             utterance.heardSentence = mark.sentence;
+    }
+    while (!utterance.marks.empty() && passed(utterance.marks.front()) && utterance.marks.front().complete) {
+        const Mark& mark = utterance.marks.front();
         Tell(EventOf(mark.kind), utterance, &mark);
         utterance.marks.pop_front();
     }

@@ -61,7 +61,7 @@ public:
 
     // Queues a mark or a stream's start or end if it is of interest, and posts the notice.
     void Tell(SPEVENTENUM id, const Utterance& utterance, const Mark* mark = nullptr);
-    // Tells every mark up to the sample that was taken last.
+    // Tells every mark whose sample was taken, but for a sentence whose length is not known yet and what follows it.
     void TellMarks(Utterance& utterance);
 
     // Set once by the constructor.
