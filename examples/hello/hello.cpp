@@ -11,7 +11,7 @@ int main()
     wxInitializer wx;
     Pa_Initialize(); // the local voice plays through the host's PortAudio
     wxTextToSpeech& speech = QXSingleton<QXTextToSpeech>::Get()->GetEngine();
-    const bool started = speech.Speak("Hello, world.", wxTTS_SPEAK_ASYNC, wxString());
+    const bool started = speech.Speak("Hello, world.", 1, wxString());
     while (speech.IsSpeaking()) {
         wxYield(); // delivers the notice of the end
         wxMilliSleep(10);
