@@ -247,7 +247,7 @@ void OutputTarget::CopyTo(int target)
         while (done < count) {
             pollfd entry{target, POLLOUT, 0};
             ThrowIfInterrupted();
-            if (poll(&entry, 1, kPollMs) == 0)
+            if (poll(&entry, 1, kPollMs) <= 0)
                 continue;
             const ssize_t written = write(target, block + done, static_cast<size_t>(count - done));
             if (written > 0)

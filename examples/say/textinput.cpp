@@ -110,7 +110,7 @@ private:
         pollfd entry{m_file, POLLIN, 0};
         do {
             ThrowIfInterrupted();
-        } while (poll(&entry, 1, kPollMs) == 0);
+        } while (poll(&entry, 1, kPollMs) <= 0); // a signal counts as no input
     }
 
     [[noreturn]] void Fail(int error) const { throw Failure{kExitFile, m_name + ": " + SystemText(error)}; }
