@@ -49,11 +49,10 @@ public:
     HRESULT BindToFile(LPCWSTR fileName, SPFILEMODE mode, const GUID* formatId, const WAVEFORMATEX* format,
                        ULONGLONG eventInterest) override
     {
-        const std::string shape =
-            std::to_string(format->wFormatTag) + "/" + std::to_string(format->nChannels) + "/" +
-            std::to_string(format->nSamplesPerSec) + "/" + std::to_string(format->nAvgBytesPerSec) + "/" +
-            std::to_string(format->nBlockAlign) + "/" + std::to_string(format->wBitsPerSample) + "/" +
-            std::to_string(format->cbSize);
+        const std::string shape = std::to_string(format->wFormatTag) + "/" + std::to_string(format->nChannels) + "/" +
+                                  std::to_string(format->nSamplesPerSec) + "/" +
+                                  std::to_string(format->nAvgBytesPerSec) + "/" + std::to_string(format->nBlockAlign) +
+                                  "/" + std::to_string(format->wBitsPerSample) + "/" + std::to_string(format->cbSize);
         return m_speech.Called("BindToFile", Text(fileName) + " " + std::to_string(mode) + " " +
                                                  (*formatId == SPDFID_WaveFormatEx ? "wave " : "other ") + shape +
                                                  (eventInterest == SPFEI_ALL_EVENTS ? " all" : " some"));
@@ -105,7 +104,9 @@ public:
     HRESULT SetOutput(IUnknown* output, BOOL allowFormatChanges) override
     {
         const bool isDevice = output == static_cast<IUnknown*>(m_device);
-        return m_speech.Called("SetOutput", std::string(!output ? "null " : isDevice ? "device " : "stream ") +
+        return m_speech.Called("SetOutput", std::string(!output    ? "null "
+                                                        : isDevice ? "device "
+                                                                   : "stream ") +
                                                 std::to_string(allowFormatChanges));
     }
     HRESULT GetOutputStream(ISpStreamFormat** stream) override
@@ -195,9 +196,8 @@ ScriptedSpeech::ScriptedSpeech() : voiceTokenId(TokenId(L"Anna"))
         const HRESULT hr = Called("create voice");
         return FAILED(hr) ? hr : CreateObject<ScriptedVoice>(iid, object, *this);
     });
-    control::SetClassFactory(CLSID_SpStream, [this](REFIID iid, void** object) {
-        return CreateObject<ScriptedStream>(iid, object, *this);
-    });
+    control::SetClassFactory(
+        CLSID_SpStream, [this](REFIID iid, void** object) { return CreateObject<ScriptedStream>(iid, object, *this); });
 }
 
 ScriptedSpeech::~ScriptedSpeech()

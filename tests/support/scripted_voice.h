@@ -16,8 +16,8 @@
 #include "platform/posix/control.h"
 
 // While it lives, voices and streams made by CoCreateInstance are scripted ones, the user's language is en-US and the
-// registry holds three voices: "Anna" (409), "Bruno" (407;9) and "Clara" (c0a). What it put in place is taken back at its
-// end. Lives longer than the objects that were made by it.
+// registry holds three voices: "Anna" (409), "Bruno" (407;9) and "Clara" (c0a). What it put in place is taken back at
+// its end. Lives longer than the objects that were made by it.
 class ScriptedSpeech
 {
 public:
