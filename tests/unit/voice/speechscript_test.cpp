@@ -172,7 +172,7 @@ TEST(SpeechScript, SsmlTagsActAndEnd)
              kPitch5 + std::string("a</prosody>")},
             {"pause", L"<speak>a<break time='1.5s'/>b<break strength='weak'/>c<break/></speak>",
              "a <break time=\"1500ms\"/>b <break strength=\"weak\"/>c <break/>"},
-            {"sentences", L"<speak><p><s>a</s> <s>b</s></p><p>c</p></speak>", "a <s/>b</p> <p>c"},
+            {"sentences", L"<speak><p><s>a</s> <s>b</s></p><p>c</p></speak>", "a\n<s/>b</p> <p>c"},
             {"alias", L"<speak>x <sub alias='one &amp; two'>12<b>3</b></sub> y</speak>", "x one &amp; two y"},
             {"say-as",
              L"<speak><say-as interpret-as='spell-out'>a</say-as><say-as interpret-as='a\"b'>b</say-as></speak>",
