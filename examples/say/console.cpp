@@ -106,7 +106,8 @@ void SetUpLog(bool verbose)
         wxLog::SetLogLevel(wxLOG_FatalError);
         return;
     }
-    delete wxLog::SetActiveTarget(new ErrorLog);
+    // wxWidgets deletes the target when it ends.
+    delete wxLog::SetActiveTarget(new ErrorLog); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 
 } // namespace say

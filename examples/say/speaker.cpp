@@ -151,6 +151,8 @@ private:
 void SelectEngine(wxTextToSpeech& engine, const wxString& name)
 {
     const wxArrayString ids = engine.GetEngineIds();
+    if (ids.empty())
+        throw Failure{kExitRefused, "this build of the library has no speech engine"};
     const wxString id = name.empty() ? engine.GetEngine() : FindEngineId(name, ids);
     if (id.empty())
         throw Failure{kExitUsage, "no engine \"" + name + "\"; there is " + DescribeEngines(ids)};
