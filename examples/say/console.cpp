@@ -58,6 +58,7 @@ void SecureStandardFiles()
         }
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 bool HasStandardOutput()

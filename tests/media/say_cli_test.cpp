@@ -273,10 +273,10 @@ TEST_F(SayCli, KeyStopsAndTheTerminalIsRestored)
         SCOPED_TRACE(keys);
         ChildProcess child = Say({"--progress", "-o", Out("a.wav"), "-f", Path("long.txt")}, keys);
         child.onTerminal = true;
+        child.typeAfter = "writing";
         const Result result = child.Run();
-        EXPECT_EQ(result.status, 130);
+        EXPECT_EQ(result.status, 130) << result.err;
         EXPECT_TRUE(result.terminalRestored);
-        EXPECT_NE(result.err.find("writing"), std::string::npos) << result.err;
         EXPECT_TRUE(OutNames().empty());
     }
 }
@@ -324,12 +324,32 @@ TEST_F(SayCli, ListsVoicesByLanguage)
     EXPECT_NE(Run({"--list-engines"}).out.find("Microsoft SAPI"), std::string::npos);
 }
 
-TEST_F(SayCli, VerboseShowsTheLogOnStandardErrorOnly)
+TEST_F(SayCli, SpeechThatDoesNotFitIsAFileError)
 {
-    EXPECT_EQ(Run({"--version"}).err, "");
-    const Result result = Run({"--verbose", "-o", Out("a.wav"), "Hello."});
-    EXPECT_EQ(result.status, 0);
+    WriteFile(Out("a.wav"), "precious");
+    WriteFile(Path("long.txt"), LongText());
+    ChildProcess child;
+    child.arguments = {
+        "/bin/sh",       "-c", "ulimit -f 1000; exec \"$0\" \"$@\"", QX_SAY_PROGRAM, "-o", Out("a.wav"), "-f",
+        Path("long.txt")};
+    const Result result = child.Run();
+    EXPECT_EQ(result.status, 4);
+    EXPECT_EQ(Lines(result.err), 1U) << result.err;
+    EXPECT_EQ(ReadFile(Out("a.wav")), "precious");
+    EXPECT_EQ(OutNames(), std::vector<std::string>{"a.wav"});
+}
+
+TEST_F(SayCli, LogIsShownOnRequestOnly)
+{
+    const std::string record = "Error Code: -2147200958"; // malformed markup
+    const Arguments arguments = {"-o", Out("a.wav"), "--input", "native", "<a>"};
+    EXPECT_EQ(Run(arguments).err.find(record), std::string::npos);
+    Arguments verbose = arguments;
+    verbose.insert(verbose.begin(), "--verbose");
+    const Result result = Run(verbose);
+    EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err.find(record), std::string::npos) << result.err;
 }
 
 TEST_F(SayCli, UnprivilegedUserIsRefusedByAReadOnlyFolder)
