@@ -3,12 +3,13 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 #include "childprocess.h"
 
@@ -264,6 +265,25 @@ TEST_F(SayCli, SignalStopsTheFileAndLeavesTheTarget)
         EXPECT_EQ(ReadFile(Out("a.wav")), "precious");
         EXPECT_EQ(OutNames(), std::vector<std::string>{"a.wav"});
     }
+}
+
+TEST_F(SayCli, SignalEndsTheWaitForInput)
+{
+    ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
+    ChildProcess child = Say({"-o", Out("a.wav"), "-f", Path("fifo")});
+    int writer = -1;
+    child.whileRunning = [&](pid_t pid) {
+        if (writer >= 0)
+            return;
+        writer = open(Path("fifo").c_str(), O_WRONLY | O_NONBLOCK); // succeeds once the program reads
+        if (writer >= 0)
+            kill(pid, SIGINT);
+    };
+    const Result result = child.Run();
+    EXPECT_GE(writer, 0);
+    close(writer);
+    EXPECT_EQ(result.status, 130);
+    EXPECT_TRUE(OutNames().empty());
 }
 
 TEST_F(SayCli, KeyStopsAndTheTerminalIsRestored)
