@@ -71,7 +71,7 @@ void wxTTSSimpleHtmlParser::ParseDocument(wxString& text)
     Clear();
     m_text.swap(text);
     m_length = static_cast<int>(std::min<size_t>(m_text.length(), INT_MAX));
-    m_topLevel = new wxTTSSimpleHtmlTag("TOPLEVEL", wxTTSTagTopLevel);
+    m_topLevel = new wxTTSSimpleHtmlTag(L"TOPLEVEL", wxTTSTagTopLevel);
     ParseHtml(m_topLevel);
 }
 
@@ -122,8 +122,12 @@ void wxTTSSimpleHtmlParser::Step(int count)
 
 bool wxTTSSimpleHtmlParser::IsHere(const wchar_t* ascii) const
 {
-    const size_t count = wcslen(ascii);
-    return static_cast<size_t>(m_length) - Here() >= count && wmemcmp(Chars() + Here(), ascii, count) == 0;
+    const wchar_t* const chars = Chars();
+    const size_t length = static_cast<size_t>(m_length);
+    for (size_t at = Here(); *ascii; ++at, ++ascii)
+        if (at >= length || chars[at] != *ascii)
+            return false;
+    return true;
 }
 
 bool wxTTSSimpleHtmlParser::Matches(const wxString& str, bool eatIt)
@@ -358,7 +362,8 @@ wxTTSSimpleHtmlTag* wxTTSSimpleHtmlParser::ParseEntity()
 
 wxTTSSimpleHtmlTag* wxTTSSimpleHtmlParser::ParseTextRun()
 {
-    wxTTSSimpleHtmlTag* const tag = new wxTTSSimpleHtmlTag("TEXT", wxTTSTagText);
+    wxTTSSimpleHtmlTag* const tag = new wxTTSSimpleHtmlTag(wxString(), wxTTSTagText);
+    tag->m_name.assign(L"TEXT", 4);
     ParseText(tag->m_text);
     return tag;
 }
@@ -366,17 +371,17 @@ wxTTSSimpleHtmlTag* wxTTSSimpleHtmlParser::ParseTextRun()
 // Null for a comment.
 wxTTSSimpleHtmlTag* wxTTSSimpleHtmlParser::ParseNext()
 {
-    if (IsComment()) {
-        ParseComment();
-        return nullptr;
-    }
-    if (IsDirective())
-        return ParseDirective();
+    const int ch = GetChar(Here());
+    if (!IsTagStartBracket(ch))
+        return ch == '&' ? ParseEntity() : ParseTextRun();
     if (IsTagClose())
         return ParseTagClose();
-    if (IsTagStartBracket(GetChar(Here())))
+    if (!IsDirective())
         return ParseTagHeader();
-    return GetChar(Here()) == '&' ? ParseEntity() : ParseTextRun();
+    if (!IsComment())
+        return ParseDirective();
+    ParseComment();
+    return nullptr;
 }
 
 bool wxTTSSimpleHtmlParser::ParseHtml(wxTTSSimpleHtmlTag* parent)
