@@ -68,7 +68,7 @@ private:
     bool Number(wxJSONType type, Field field, T value);
 
     // The objects of a list are alike, so the next one has probably as many members as the one that closed last.
-    static const size_t kMostLikelyMembers = 32;
+    static constexpr size_t kMostLikelyMembers = 32;
     size_t m_likelyMembers = 0;
     wxJSONDocument& m_document;
 };
