@@ -7,3 +7,7 @@ if(QXSPEECH_SANITIZE)
     add_compile_options(-fsanitize=${QXSPEECH_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${QXSPEECH_SANITIZE})
 endif()
+if(QXSPEECH_FUZZ AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    # Coverage for the fuzzer, in the library's objects too.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
