@@ -101,9 +101,11 @@ wxTTSSimpleHtmlAttribute::wxTTSSimpleHtmlAttribute(const wxString& name, const w
 
 wxTTSSimpleHtmlAttribute& wxTTSSimpleHtmlAttribute::operator=(const wxTTSSimpleHtmlAttribute& other)
 {
-    m_name = other.m_name;
-    m_value = other.m_value;
-    SetNextAttribute(other.m_next);
+    if (this != &other) {
+        m_name = other.m_name;
+        m_value = other.m_value;
+        SetNextAttribute(other.m_next);
+    }
     return *this;
 }
 
