@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "childprocess.h"
+#include "support/run_tests.h"
 
 namespace
 {
@@ -393,5 +394,5 @@ int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
     std::signal(SIGPIPE, SIG_IGN);
-    return RUN_ALL_TESTS();
+    return RunTests();
 }
