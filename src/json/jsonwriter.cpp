@@ -11,15 +11,16 @@ const wchar_t kNotUnicode[] = L"<wxJSONWriter::WriteStringValue(): error convert
 
 typedef std::make_unsigned_t<wchar_t> WideUnit;
 
+// No control character, quote, backslash or surrogate, nor beyond U+D7FF.
 bool IsPlain(WideUnit unit)
 {
-    return unit >= 0x20 && unit < 0xD800 && unit != L'"' && unit != L'\\';
+    return unit >= 0x20 && unit < 0xD800 && unit != 0x22 && unit != 0x5C;
 }
 
 // How many units from there form one character: 0 if none, so that UTF-8 cannot say it.
 size_t CharacterLength(const wchar_t* from, const wchar_t* end)
 {
-    const WideUnit unit = static_cast<WideUnit>(*from);
+    const WideUnit unit = static_cast<WideUnit>(*from); // NOLINT(bugprone-signed-char-misuse): both of one width
     if (unit < 0xD800 || unit > 0xDFFF)
         return unit <= 0x10FFFF ? 1 : 0;
     const bool isPair =
@@ -185,7 +186,7 @@ void wxJSONWriter::Output::Value(const wxJSONValue& value)
 template <class... T>
 void wxJSONWriter::Output::Number(T... number)
 {
-    char buffer[32];
+    char buffer[32] = {};
     const std::to_chars_result end = std::to_chars(buffer, buffer + sizeof(buffer), number...);
     wchar_t wide[sizeof(buffer)];
     wchar_t* last = wide;
