@@ -7,6 +7,7 @@
 #include "speech/ttshandler.h"
 #include "speech/ttsproperties.h"
 #include "speech/ttssettings.h"
+#include "speech/ttstransformer.h"
 #include "speech/ttstransformoptions.h"
 #include "speech/ttsvoiceinfo.h"
 
