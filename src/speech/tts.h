@@ -5,6 +5,7 @@
 #include "speech/qxtexttospeech.h"
 #include "speech/texttospeech.h"
 #include "speech/ttshandler.h"
+#include "speech/ttshtmlparser.h"
 #include "speech/ttsproperties.h"
 #include "speech/ttssettings.h"
 #include "speech/ttstransformer.h"
