@@ -16,7 +16,10 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-double SecondsSince(Clock::time_point begin) { return std::chrono::duration<double>(Clock::now() - begin).count(); }
+double SecondsSince(Clock::time_point begin)
+{
+    return std::chrono::duration<double>(Clock::now() - begin).count();
+}
 
 // The server and PortAudio, started once for all cases of this program.
 class VoiceOnDevice : public testing::Test

@@ -4,8 +4,8 @@
 #include "support/wav.h"
 
 #include <chrono>
-#include <cstdio>
 #include <csignal>
+#include <cstdio>
 #include <fstream>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -20,7 +20,8 @@
 namespace
 {
 
-const wchar_t kFourSentences[] = L"The first one is here. The second one is here. The third one is here. The last one is here.";
+const wchar_t kFourSentences[] =
+    L"The first one is here. The second one is here. The third one is here. The last one is here.";
 
 Sound Read(const std::string& path)
 {
@@ -109,6 +110,23 @@ TEST(VoiceToFile, FirstCharacterDecidesWhetherTextIsXml)
     EXPECT_NEAR(SpeakAndRead(L"<speak version=\"1.0\">hello there friend</speak>").Seconds(), plain, 0.15);
 }
 
+TEST(VoiceToFile, LanguageOfMarkupChoosesTheVoice)
+{
+    const wchar_t text[] = L"Die Zahlen 987654 und 1234567 und 777777 sind lang.";
+    ScratchDir dir;
+    SpeechVoice german;
+    ISpObjectToken* const token = FindToken(L"German");
+    ASSERT_NE(token, nullptr);
+    ASSERT_EQ(german->SetVoice(token), S_OK);
+    token->Release();
+    ASSERT_EQ(german.SpeakToFile(dir / "a.wav", text), S_OK);
+    const double expected = Read(dir / "a.wav").Seconds();
+    ASSERT_GT(std::abs(SpeakAndRead(text).Seconds() - expected), 0.2) << "the text tells the two voices apart";
+    EXPECT_NEAR(SpeakAndRead(std::wstring(L"<lang langid=\"407\">") + text + L"</lang>").Seconds(), expected, 0.1);
+    EXPECT_NEAR(SpeakAndRead(std::wstring(L"<speak xml:lang=\"de-DE\">") + text + L"</speak>").Seconds(), expected,
+                0.1);
+}
+
 TEST(VoiceToFile, TwoCallsInOneStreamFollowEachOther)
 {
     ScratchDir dir;
@@ -169,7 +187,7 @@ TEST(VoiceToFile, EventsTellWhereTheTextIs)
     EXPECT_EQ(sentences[0].substr(0, 12), L"Caf&eacute; ");
     EXPECT_NE(sentences[1].find(L"Second"), std::wstring::npos);
     const Sound sound = Read(dir / "a.wav");
-    EXPECT_NEAR(static_cast<double>(events.back().byteOffset / 2), static_cast<double>(sound.samples.size()), 16);
+    EXPECT_NEAR(static_cast<double>(events.back().byteOffset), static_cast<double>(sound.samples.size() * 2), 32);
 }
 
 TEST(VoiceToFile, PurgeEndsWhatIsSpoken)
@@ -260,8 +278,8 @@ TEST(VoiceToFile, SkipMovesBySentencesFromTheOneThatIsHeard)
         const char* label;
         LONG count;
     };
-    const Row rows[] = {{"forward", 1},       {"far forward", 700}, {"restart", 0},
-                        {"backward", -2},     {"not before the first", -100000}};
+    const Row rows[] = {
+        {"forward", 1}, {"far forward", 700}, {"restart", 0}, {"backward", -2}, {"not before the first", -100000}};
     const std::wstring text = LongText(5000);
     std::vector<size_t> starts;
     for (size_t at = 0; at != std::wstring::npos; at = text.find(L"Sentence", at + 1))
@@ -418,6 +436,7 @@ TEST(VoiceToFile, KilledProgramLeavesPlayableFile)
     EXPECT_GT(sound.Rms(), 500);
 }
 
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // they keep freed memory
 TEST(VoiceToFile, MemoryDoesNotGrowWithTheSpeech)
 {
     const auto residentKiB = [] {
@@ -436,6 +455,7 @@ TEST(VoiceToFile, MemoryDoesNotGrowWithTheSpeech)
     EXPECT_GT(std::ifstream(dir / "a.wav", std::ios::ate).tellg(), 100 * 1000 * 1000);
     EXPECT_LT(grown, 20 * 1024);
 }
+#endif
 
 namespace
 {

@@ -24,6 +24,7 @@ constexpr size_t kBytesPerSecond = 48000 * 4;
 pid_t Start(const std::vector<std::string>& command, const std::string& output)
 {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& part : command)
         arguments.push_back(const_cast<char*>(part.c_str()));
     arguments.push_back(nullptr);
@@ -81,10 +82,10 @@ PulseSink::PulseSink()
         setenv(variable, run.c_str(), 1);
     setenv("PULSE_STATE_PATH", (m_dir / "state").c_str(), 1);
     setenv("PULSE_CLIENTCONFIG", (m_dir / "client.conf").c_str(), 1);
-    m_server = Start({"pulseaudio", "-n", "-F", m_dir / "pulse.pa", "--daemonize=no", "--exit-idle-time=-1",
-                      "--use-pid-file=no", "--disable-shm=yes", "--high-priority=no", "--realtime=no",
-                      "--log-level=error"},
-                     "/dev/null");
+    m_server =
+        Start({"pulseaudio", "-n", "-F", m_dir / "pulse.pa", "--daemonize=no", "--exit-idle-time=-1",
+               "--use-pid-file=no", "--disable-shm=yes", "--high-priority=no", "--realtime=no", "--log-level=error"},
+              "/dev/null");
     if (!AwaitServer())
         m_why = "the sound server does not start";
     setenv("ALSA_CONFIG_PATH", (m_dir / "asound.conf").c_str(), 1);
@@ -130,13 +131,16 @@ SinkRecording::SinkRecording(const PulseSink& sink)
 {
     static int count = 0;
     m_file = sink.FileInDir("recording" + std::to_string(++count) + ".raw");
-    m_recorder = Start({"parec", "-s", sink.Socket(), "-d", "testsink.monitor", "--raw", "--format=s16le", "--rate=48000",
-                        "--channels=2", "--latency-msec=20"},
+    m_recorder = Start({"parec", "-s", sink.Socket(), "-d", "testsink.monitor", "--raw", "--format=s16le",
+                        "--rate=48000", "--channels=2", "--latency-msec=20"},
                        m_file);
     Await([this] { return RecordedBytes() > kBytesPerSecond / 5; });
 }
 
-SinkRecording::~SinkRecording() { End(m_recorder, SIGTERM); }
+SinkRecording::~SinkRecording()
+{
+    End(m_recorder, SIGTERM);
+}
 
 size_t SinkRecording::RecordedBytes() const
 {

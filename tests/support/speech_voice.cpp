@@ -29,15 +29,18 @@ HRESULT SpeechVoice::BindToFile(const std::string& path)
     CoCreateInstance(CLSID_SpStream, nullptr, CLSCTX_ALL, IID_ISpStream, &object);
     ISpStream* const stream = static_cast<ISpStream*>(object);
     const WAVEFORMATEX format = {WAVE_FORMAT_PCM, 1, 16000, 32000, 2, 16, 0};
-    HRESULT hr = stream->BindToFile(wxString::FromUTF8(path).wc_str(), SPFM_CREATE_ALWAYS, &SPDFID_WaveFormatEx, &format,
-                                    SPFEI_ALL_EVENTS);
+    HRESULT hr = stream->BindToFile(wxString::FromUTF8(path).wc_str(), SPFM_CREATE_ALWAYS, &SPDFID_WaveFormatEx,
+                                    &format, SPFEI_ALL_EVENTS);
     if (SUCCEEDED(hr))
         hr = m_voice->SetOutput(stream, TRUE);
     stream->Release();
     return hr;
 }
 
-void SpeechVoice::UnbindFile() { m_voice->SetOutput(nullptr, TRUE); }
+void SpeechVoice::UnbindFile()
+{
+    m_voice->SetOutput(nullptr, TRUE);
+}
 
 HRESULT SpeechVoice::SpeakToFile(const std::string& path, const std::wstring& text, DWORD flags)
 {
@@ -50,15 +53,22 @@ HRESULT SpeechVoice::SpeakToFile(const std::string& path, const std::wstring& te
     return hr;
 }
 
-void SpeechVoice::ListenToEverything() { m_voice->SetInterest(SPFEI_ALL_TTS_EVENTS, SPFEI_ALL_TTS_EVENTS); }
+void SpeechVoice::ListenToEverything()
+{
+    m_voice->SetInterest(SPFEI_ALL_TTS_EVENTS, SPFEI_ALL_TTS_EVENTS);
+}
 
 std::vector<SeenEvent> SpeechVoice::TakeEvents()
 {
     std::vector<SeenEvent> seen;
     SPEVENT event = {};
     while (m_voice->GetEvents(1, &event, nullptr) == S_OK) {
-        SeenEvent copy = {event.eEventId, event.ulStreamNum, event.ullAudioStreamOffset, event.wParam,
-                          static_cast<size_t>(event.lParam), {}};
+        SeenEvent copy = {event.eEventId,
+                          event.ulStreamNum,
+                          event.ullAudioStreamOffset,
+                          event.wParam,
+                          static_cast<size_t>(event.lParam),
+                          {}};
         if (event.elParamType == SPET_LPARAM_IS_STRING) {
             LPWSTR const text = reinterpret_cast<LPWSTR>(event.lParam);
             copy.name = text;
@@ -70,7 +80,10 @@ std::vector<SeenEvent> SpeechVoice::TakeEvents()
     return seen;
 }
 
-bool SpeechVoice::WaitUntilDone() { return m_voice->WaitUntilDone(30000) == S_OK; }
+bool SpeechVoice::WaitUntilDone()
+{
+    return m_voice->WaitUntilDone(30000) == S_OK;
+}
 
 ISpObjectToken* FindToken(const std::wstring& description)
 {

@@ -65,7 +65,8 @@ bool ReadWav(const std::string& path, Sound& sound, std::string& why, bool growi
     sound.channels = static_cast<int>(LittleEndian(bytes, 22, 2));
     sound.rateHz = static_cast<int>(LittleEndian(bytes, 24, 4));
     sound.samples.resize(dataBytes / 2);
-    std::memcpy(sound.samples.data(), bytes.data() + 44, dataBytes / 2 * 2);
+    if (!sound.samples.empty())
+        std::memcpy(sound.samples.data(), bytes.data() + 44, sound.samples.size() * 2);
     return true;
 }
 

@@ -24,7 +24,7 @@ public:
         if (!object)
             return E_POINTER;
         *object = nullptr;
-        if (!(iid == IID_IUnknown || ... || (iid == Ids)))
+        if (!((iid == IID_IUnknown) || ... || (iid == Ids)))
             return E_NOINTERFACE;
         AddRef();
         *object = static_cast<Interface*>(this);

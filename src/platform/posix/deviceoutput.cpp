@@ -26,9 +26,15 @@ std::mutex& StreamListLock()
 
 } // namespace
 
-DeviceOutput::~DeviceOutput() { Close(); }
+DeviceOutput::~DeviceOutput()
+{
+    Close();
+}
 
-bool DeviceOutput::HasDefaultDevice() { return Pa_GetDefaultOutputDevice() >= 0; }
+bool DeviceOutput::HasDefaultDevice()
+{
+    return Pa_GetDefaultOutputDevice() >= 0;
+}
 
 HRESULT DeviceOutput::Open()
 {
@@ -75,8 +81,8 @@ bool DeviceOutput::Write(const int16_t* samples, size_t count)
     m_scratch.clear();
     if (!m_converter.Convert(samples, count, m_scratch))
         return false;
-    const unsigned long frames = static_cast<unsigned long>(m_scratch.size()) /
-                                 static_cast<unsigned long>(m_converter.Channels());
+    const unsigned long frames =
+        static_cast<unsigned long>(m_scratch.size()) / static_cast<unsigned long>(m_converter.Channels());
     if (frames == 0)
         return true;
     const PaError error = Pa_WriteStream(m_stream, m_scratch.data(), frames);

@@ -9,7 +9,10 @@ extern "C" {
 namespace qxvoice
 {
 
-PcmConverter::~PcmConverter() { swr_free(&m_context); }
+PcmConverter::~PcmConverter()
+{
+    swr_free(&m_context);
+}
 
 bool PcmConverter::Open(int rateHz, int channels)
 {

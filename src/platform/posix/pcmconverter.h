@@ -13,7 +13,8 @@ namespace qxvoice
 
 constexpr int kSynthRateHz = 22050;
 
-// From 16-bit mono at kSynthRateHz to interleaved 16-bit at another rate. Made and used by one output at a time; no lock.
+// From 16-bit mono at kSynthRateHz to interleaved 16-bit at another rate. Made and used by one output at a time; no
+// lock.
 class PcmConverter
 {
 public:

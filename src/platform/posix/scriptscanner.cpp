@@ -2,7 +2,6 @@
 #include "platform/posix/scriptscanner.h"
 
 #include <algorithm>
-#include <cstdint>
 
 namespace qxvoice
 {
@@ -13,12 +12,12 @@ namespace
 bool IsNameStart(wchar_t character)
 {
     struct Range {
-        uint32_t first, last;
+        char32_t first, last;
     };
     static const Range ranges[] = {{0xC0, 0xD6},     {0xD8, 0xF6},     {0xF8, 0x2FF},    {0x370, 0x37D},
                                    {0x37F, 0x1FFF},  {0x200C, 0x200D}, {0x2070, 0x218F}, {0x2C00, 0x2FEF},
                                    {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF}};
-    const auto code = static_cast<uint32_t>(character);
+    const auto code = static_cast<char32_t>(character);
     if (code < 0x80)
         return (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z');
     return std::any_of(std::begin(ranges), std::end(ranges),

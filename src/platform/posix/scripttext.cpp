@@ -16,7 +16,7 @@ namespace
 constexpr char32_t kReplacement = 0xFFFD;
 constexpr size_t kLongestEntity = 32;
 
-char32_t Fit(uint32_t code)
+char32_t Fit(char32_t code)
 {
     if (code < 0x20)
         return code == '\t' || code == '\n' || code == '\r' ? code : ' ';
@@ -52,9 +52,9 @@ bool ReadNumber(std::wstring_view name, char32_t& value)
 
 CodePoint ReadCodePoint(std::wstring_view text, size_t position)
 {
-    const auto code = static_cast<uint32_t>(text[position]);
+    const auto code = static_cast<char32_t>(text[position]);
     if (code >= 0xD800 && code < 0xDC00 && position + 1 < text.size()) {
-        const auto low = static_cast<uint32_t>(text[position + 1]);
+        const auto low = static_cast<char32_t>(text[position + 1]);
         if (low >= 0xDC00 && low < 0xE000)
             return {Fit(0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00)), 2};
     }
@@ -172,7 +172,7 @@ char32_t EntityDecoder::Named(std::wstring_view name)
     if (!m_html)
         m_html = std::make_unique<wxHtmlEntitiesParser>();
     const wxChar found = m_html->GetEntityChar(wxString(name.data(), name.size()));
-    return found ? Fit(static_cast<uint32_t>(found)) : 0;
+    return found ? Fit(static_cast<char32_t>(found)) : 0;
 }
 
 std::wstring EntityDecoder::Decode(std::wstring_view text)

@@ -83,6 +83,9 @@ HRESULT DefaultOutput::GetFormat(GUID* formatId, WAVEFORMATEX** format)
 namespace qxplatform
 {
 
-HRESULT CreateSpStream(REFIID iid, void** object) { return CreateObject<qxvoice::SpStream>(iid, object); }
+HRESULT CreateSpStream(REFIID iid, void** object)
+{
+    return CreateObject<qxvoice::SpStream>(iid, object);
+}
 
 } // namespace qxplatform

@@ -12,8 +12,8 @@
 namespace qxvoice
 {
 
-// Made by CoCreateInstance, owned by its references. BindToFile creates the file; what speaks into it shares it, so that
-// it is complete even if the stream is released before the speech ends. One thread at a time.
+// Made by CoCreateInstance, owned by its references. BindToFile creates the file; what speaks into it shares it, so
+// that it is complete even if the stream is released before the speech ends. One thread at a time.
 class SpStream final : public qxplatform::ComObject<ISpStream, IID_ISpStream, IID_ISpStreamFormat>
 {
 public:

@@ -8,6 +8,7 @@
 #include "platform/posix/com.h"
 #include "platform/posix/deviceoutput.h"
 #include "platform/posix/espeak_engine.h"
+#include "platform/posix/languages.h"
 #include "platform/posix/registry.h"
 #include "platform/posix/speechclasses.h"
 #include "platform/posix/speechfile.h"
@@ -287,6 +288,9 @@ HRESULT SpVoice::MakeUtterance(LPCWSTR given, DWORD flags, const Settings& setti
         return FindVoiceByAttributes(required, optional, settings.voice);
     };
     context.findLanguage = FindVoiceByLanguage;
+    context.findLanguageTag = [](const std::string& tag) {
+        return FindVoiceByLanguage(qxplatform::LanguageIdOfTag(tag));
+    };
     auto utterance = std::make_shared<Utterance>();
     const ScriptError error = MakeSpeechScript(text, form, context, utterance->script);
     if (error != ScriptError::None)

@@ -58,8 +58,8 @@ private:
 
     // What an utterance takes along from the voice at the time of Speak.
     struct Settings {
-        LONG rate = 0;         // -10 to 10
-        USHORT volume = 100;   // percent
+        LONG rate = 0;       // -10 to 10
+        USHORT volume = 100; // percent
         SPVPRIORITY priority = SPVPRI_NORMAL;
         std::wstring tokenId;
         std::string voice; // the synthesizer's identifier of that token

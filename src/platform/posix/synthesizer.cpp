@@ -236,6 +236,8 @@ int Synthesizer::OnSamplesThunk(short* samples, int count, espeak_EVENT* events)
 
 int Synthesizer::OnSamples(const short* samples, size_t count, const espeak_EVENT* events)
 {
+    if (!m_turn)
+        return 1;
     Turn& turn = *m_turn;
     Lock lock(SpeechLock());
     if (Superseded(turn))
@@ -363,12 +365,24 @@ void Synthesizer::Deliver(Turn& turn, const short* samples, size_t count, std::v
 
 } // namespace
 
-bool AddToSynthesizer(const std::shared_ptr<VoiceState>& voice) { return Synthesizer::Get().Add(voice); }
+bool AddToSynthesizer(const std::shared_ptr<VoiceState>& voice)
+{
+    return Synthesizer::Get().Add(voice);
+}
 
-void RemoveFromSynthesizer(const std::shared_ptr<VoiceState>& voice) { Synthesizer::Get().Remove(voice); }
+void RemoveFromSynthesizer(const std::shared_ptr<VoiceState>& voice)
+{
+    Synthesizer::Get().Remove(voice);
+}
 
-void WakeSynthesizer() { Synthesizer::Get().Wake(); }
+void WakeSynthesizer()
+{
+    Synthesizer::Get().Wake();
+}
 
-bool AlertVoiceSpeaks(const VoiceState& voice) { return Synthesizer::Get().AlertSpeaks(voice); }
+bool AlertVoiceSpeaks(const VoiceState& voice)
+{
+    return Synthesizer::Get().AlertSpeaks(voice);
+}
 
 } // namespace qxvoice

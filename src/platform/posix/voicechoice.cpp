@@ -25,12 +25,16 @@ Attributes AttributesOf(const qxplatform::VoiceToken& token, bool female)
     return attributes;
 }
 
-std::string BareVoice(const std::string& voice) { return voice.substr(0, voice.find('+')); }
+std::string BareVoice(const std::string& voice)
+{
+    return voice.substr(0, voice.find('+'));
+}
 
 uint32_t LanguageOf(const qxplatform::VoiceToken& token)
 {
     const auto found = token.attributes.find(L"Language");
-    return found == token.attributes.end() ? 0 : static_cast<uint32_t>(std::wcstoul(found->second.c_str(), nullptr, 16));
+    return found == token.attributes.end() ? 0
+                                           : static_cast<uint32_t>(std::wcstoul(found->second.c_str(), nullptr, 16));
 }
 
 } // namespace

@@ -126,7 +126,8 @@ void VoiceState::Tell(SPEVENTENUM id, const Utterance& utterance, const Mark* ma
     if ((queuedInterest & (1ull << id)) == 0)
         return;
     MakeRoomForEvent();
-    VoiceEvent event = {id, utterance.stream, OutputBytes(utterance, mark ? mark->sample : utterance.consumed), 0, 0, {}};
+    VoiceEvent event = {id, utterance.stream, OutputBytes(utterance, mark ? mark->sample : utterance.consumed), 0, 0,
+                        {}};
     if (mark) {
         event.length = mark->length;
         event.position = mark->position;
@@ -158,9 +159,11 @@ void VoiceState::MakeRoomForEvent()
     if (events.size() < kMaxEvents)
         return;
     // A receiver that does not fetch loses words first, then whatever is oldest, but never the end of a stream.
-    auto victim = std::find_if(events.begin(), events.end(), [](const VoiceEvent& e) { return e.id == SPEI_WORD_BOUNDARY; });
+    auto victim =
+        std::find_if(events.begin(), events.end(), [](const VoiceEvent& e) { return e.id == SPEI_WORD_BOUNDARY; });
     if (victim == events.end())
-        victim = std::find_if(events.begin(), events.end(), [](const VoiceEvent& e) { return e.id != SPEI_END_INPUT_STREAM; });
+        victim = std::find_if(events.begin(), events.end(),
+                              [](const VoiceEvent& e) { return e.id != SPEI_END_INPUT_STREAM; });
     if (victim != events.end())
         events.erase(victim);
 }

@@ -63,7 +63,10 @@ HRESULT CodeOf(int error)
 
 } // namespace
 
-WavFile::~WavFile() { Close(); }
+WavFile::~WavFile()
+{
+    Close();
+}
 
 HRESULT WavFile::Create(const std::string& pathUtf8, int rateHz, int channels)
 {

@@ -51,7 +51,7 @@ private:
 
 TEST(SpeechFile, EncodingIsFoundOut)
 {
-    const auto bytes = [](const char* text, size_t length) { return std::string(text, length); };
+    using namespace std::string_literals;
     const std::wstring wide = L"h\xE9\U0001F600";
     const struct {
         const char* label;
@@ -61,20 +61,20 @@ TEST(SpeechFile, EncodingIsFoundOut)
         {"empty", "", L""},
         {"UTF-8", "h\xC3\xA9\xF0\x9F\x98\x80", wide},
         {"UTF-8 with mark", "\xEF\xBB\xBFh\xC3\xA9\xF0\x9F\x98\x80", wide},
-        {"UTF-16 LE", bytes("\xFF\xFEh\0\xE9\0\x3D\xD8\0\xDE", 10), wide},
-        {"UTF-16 BE", bytes("\xFE\xFF\0h\0\xE9\xD8\x3D\xDE\0", 10), wide},
-        {"UTF-32 LE", bytes("\xFF\xFE\0\0h\0\0\0\xE9\0\0\0\0\xF6\1\0", 16), wide},
-        {"UTF-32 BE", bytes("\0\0\xFE\xFF\0\0\0h\0\0\0\xE9\0\1\xF6\0", 16), wide},
+        {"UTF-16 LE", "\xFF\xFEh\0\xE9\0\x3D\xD8\0\xDE"s, wide},
+        {"UTF-16 BE", "\xFE\xFF\0h\0\xE9\xD8\x3D\xDE\0"s, wide},
+        {"UTF-32 LE", "\xFF\xFE\0\0h\0\0\0\xE9\0\0\0\0\xF6\1\0"s, wide},
+        {"UTF-32 BE", "\0\0\xFE\xFF\0\0\0h\0\0\0\xE9\0\1\xF6\0"s, wide},
         {"mark alone", "\xFF\xFE", L""},
-        {"half a unit", bytes("\xFF\xFEh\0x", 5), L"h\xFFFD"},
-        {"lone surrogate", bytes("\xFF\xFE\x3D\xD8h\0", 6), L"\xFFFDh"},
-        {"UTF-32 out of range", bytes("\0\0\xFE\xFF\0\x11\0\0", 8), L"\xFFFD"},
+        {"half a unit", "\xFF\xFEh\0x"s, L"h\xFFFD"},
+        {"lone surrogate", "\xFF\xFE\x3D\xD8h\0"s, L"\xFFFDh"},
+        {"UTF-32 out of range", "\0\0\xFE\xFF\0\x11\0\0"s, L"\xFFFD"},
         {"Latin-1", "h\xE9 x", L"h\xE9 x"},
         {"one bad byte", "h\xC3\xA9 \xE9", L"h\xC3\xA9 \xE9"},
         {"cut sequence", "h\xF0\x9F\x98", L"h\xF0\x9F\x98"},
         {"too long a form", "\xC0\xAF", L"\xC0\xAF"},
         {"surrogate in UTF-8", "\xED\xA0\x80", L"\xED\xA0\x80"},
-        {"NUL", bytes("a\0b", 3), L"a b"},
+        {"NUL", "a\0b"s, L"a b"},
         {"line ends stay", "a\r\nb\n", L"a\r\nb\n"},
     };
     for (const auto& row : rows) {

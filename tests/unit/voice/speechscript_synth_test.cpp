@@ -84,6 +84,14 @@ Speech Speak(const std::wstring& source, int rate = 0, int volume = 100)
     return Speak(Script(source, context), context, volume);
 }
 
+std::wstring Joined(const std::vector<std::wstring>& parts)
+{
+    std::wstring text;
+    for (const std::wstring& part : parts)
+        text += part;
+    return text;
+}
+
 // Frequency of the voice: the median over stretches in which the sound repeats itself.
 double Pitch(const Speech& speech)
 {
@@ -174,11 +182,11 @@ TEST(SpeechScriptSynth, SilenceAddsItsTime)
                 {"long", L"<b>one ", L" two</b>", 0, 60}};
     for (const auto& row : rows) {
         const std::wstring tag = L"<silence msec='" + std::to_wstring(static_cast<int>(row.seconds * 1000)) + L"'/>";
-        const double without = Speak(row.before + row.after, row.rate).Seconds();
-        const double with = Speak(row.before + tag + row.after, row.rate).Seconds();
+        const double without = Speak(Joined({row.before, row.after}), row.rate).Seconds();
+        const double with = Speak(Joined({row.before, tag, row.after}), row.rate).Seconds();
         // A pause takes the place of the one that the end of a sentence would have.
         EXPECT_NEAR(with - without, row.seconds, 0.45) << row.label;
-        const double twice = Speak(row.before + tag + tag + row.after, row.rate).Seconds();
+        const double twice = Speak(Joined({row.before, tag, tag, row.after}), row.rate).Seconds();
         EXPECT_NEAR(twice - without, 2 * row.seconds, 0.45) << row.label << ", twice";
     }
 }
@@ -194,7 +202,7 @@ TEST(SpeechScriptSynth, VoiceAndLanguageEndWithTheirElement)
     for (const wchar_t* const start : {L"<sapi><lang langid='407'>hm,</lang> ", L"<speak><s xml:lang='de-DE'>hm</s> ",
                                        L"<speak><voice name='German'>hm,</voice> "}) {
         const std::wstring end = start[2] == L'a' ? L"</sapi>" : L"</speak>";
-        EXPECT_LT(Speak(start + words + end).Seconds(), (english + german) / 2) << start;
+        EXPECT_LT(Speak(Joined({start, words, end})).Seconds(), (english + german) / 2) << start;
     }
 
     const double male = Pitch(Speak(kWords));

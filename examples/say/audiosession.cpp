@@ -1,0 +1,71 @@
+// Start of PortAudio without the chatter of the sound systems below it. MIT licence.
+#include "audiosession.h"
+
+#include <dlfcn.h>
+#include <portaudio.h>
+
+#include "console.h"
+#include "exitstatus.h"
+
+namespace say
+{
+namespace
+{
+
+extern "C" {
+void IgnoreAlsaError(const char*, int, const char*, int, const char*, ...) {}
+void IgnoreJackText(const char*) {}
+}
+
+using AlsaErrorHandler = void (*)(const char*, int, const char*, int, const char*, ...);
+using JackTextHandler = void (*)(const char*);
+
+// Hands a handler to a library's setter, if PortAudio has brought that library in.
+template <class Result, class Handler>
+void SetHandler(const char* library, const char* setter, Handler handler)
+{
+    void* const loaded = dlopen(library, RTLD_NOW | RTLD_NOLOAD);
+    if (!loaded)
+        return;
+    using Setter = Result (*)(Handler);
+    if (void* const symbol = dlsym(loaded, setter))
+        reinterpret_cast<Setter>(symbol)(handler);
+    dlclose(loaded);
+}
+
+void QuietSoundLibraries()
+{
+    SetHandler<int, AlsaErrorHandler>("libasound.so.2", "snd_lib_error_set_handler", IgnoreAlsaError);
+    SetHandler<void, JackTextHandler>("libjack.so.0", "jack_set_error_function", IgnoreJackText);
+    SetHandler<void, JackTextHandler>("libjack.so.0", "jack_set_info_function", IgnoreJackText);
+    // PortAudio itself, and JACK before its first client, print without asking.
+    SilenceStandardError();
+}
+
+} // namespace
+
+AudioSession::AudioSession(bool quiet)
+{
+    if (quiet)
+        QuietSoundLibraries();
+    const PaError error = Pa_Initialize();
+    if (error != paNoError)
+        throw Failure{kExitNoDevice, wxString("the audio system does not start: ") + Pa_GetErrorText(error) +
+                                         "; use -o FILE to write a WAV file"};
+    if (HasOutputDevice())
+        return;
+    Pa_Terminate();
+    throw Failure{kExitNoDevice, "no audio output device; use -o FILE to write a WAV file"};
+}
+
+AudioSession::~AudioSession()
+{
+    Pa_Terminate();
+}
+
+bool AudioSession::HasOutputDevice()
+{
+    return Pa_GetDefaultOutputDevice() != paNoDevice;
+}
+
+} // namespace say

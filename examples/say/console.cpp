@@ -1,0 +1,112 @@
+// Plain descriptors instead of streams: they survive the silencing of standard error. MIT licence.
+#include "console.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <string>
+#include <unistd.h>
+#include <wx/log.h>
+
+#include "exitstatus.h"
+
+namespace say
+{
+namespace
+{
+
+int g_errors = STDERR_FILENO; // the real standard error
+bool g_outputClosed = false;
+
+bool WriteAll(int file, const std::string& text)
+{
+    size_t done = 0;
+    while (done < text.size()) {
+        const ssize_t written = write(file, text.data() + done, text.size() - done);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        done += static_cast<size_t>(written);
+    }
+    return true;
+}
+
+std::string Utf8(const wxString& text)
+{
+    return std::string(text.utf8_str());
+}
+
+// Narrow output of wxWidgets' own target depends on the locale.
+class ErrorLog : public wxLog
+{
+protected:
+    void DoLogText(const wxString& text) override { WriteAll(g_errors, Utf8(text + "\n")); }
+};
+
+} // namespace
+
+void SecureStandardFiles()
+{
+    g_outputClosed = fcntl(STDOUT_FILENO, F_GETFD) < 0;
+    // Each open takes the lowest free number, so the three are filled in order.
+    for (int file = open("/dev/null", O_RDWR); file >= 0; file = open("/dev/null", O_RDWR)) {
+        if (file > STDERR_FILENO) {
+            close(file);
+            break;
+        }
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+bool HasStandardOutput()
+{
+    return !g_outputClosed;
+}
+
+bool ErrorsGoToTerminal()
+{
+    return isatty(g_errors) == 1;
+}
+
+void PrintError(const wxString& text)
+{
+    WriteAll(g_errors, Utf8("qxspeech-say: " + text + "\n"));
+}
+
+void PrintProgress(const wxString& text)
+{
+    WriteAll(g_errors, Utf8(text));
+}
+
+void PrintOutput(const wxString& text)
+{
+    if (g_outputClosed)
+        throw Failure{kExitFile, "standard output is closed"};
+    if (!WriteAll(STDOUT_FILENO, Utf8(text)))
+        throw Failure{kExitFile, "standard output: " + wxString::FromUTF8(std::strerror(errno))};
+}
+
+void SilenceStandardError()
+{
+    if (g_errors != STDERR_FILENO)
+        return;
+    const int real = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (real >= 0 && nowhere >= 0 && dup2(nowhere, STDERR_FILENO) >= 0)
+        g_errors = real;
+    if (nowhere >= 0)
+        close(nowhere);
+}
+
+void SetUpLog(bool verbose)
+{
+    if (!verbose) {
+        wxLog::SetLogLevel(wxLOG_FatalError);
+        return;
+    }
+    delete wxLog::SetActiveTarget(new ErrorLog);
+}
+
+} // namespace say

@@ -1,0 +1,111 @@
+// Handlers touch lock-free flags and call only what is safe inside a signal. MIT licence.
+#include "interrupt.h"
+
+#include <atomic>
+#include <climits>
+#include <csignal>
+#include <cstring>
+#include <termios.h>
+#include <unistd.h>
+
+#include "exitstatus.h"
+
+namespace say
+{
+namespace
+{
+
+std::atomic<bool> g_endRequested{false};
+std::atomic<bool> g_haltRequested{false};
+std::atomic<const termios*> g_terminal{nullptr};
+std::atomic<bool> g_hasFile{false};
+char g_file[PATH_MAX]; // complete while g_hasFile is set
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const termios*>::is_always_lock_free);
+
+void OnEndSignal(int)
+{
+    if (!g_endRequested.exchange(true))
+        return;
+    if (const termios* settings = g_terminal)
+        tcsetattr(STDIN_FILENO, TCSANOW, settings);
+    if (g_hasFile)
+        unlink(g_file);
+    _exit(kExitInterrupted);
+}
+
+void OnHaltSignal(int)
+{
+    g_haltRequested = true;
+}
+
+void Install(int signalNumber, void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART; // other threads' calls go on; the main thread polls
+    sigemptyset(&action.sa_mask);
+    sigaction(signalNumber, &action, nullptr);
+}
+
+bool IsIgnored(int signalNumber)
+{
+    struct sigaction action = {};
+    return sigaction(signalNumber, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+} // namespace
+
+void InstallSignalHandlers()
+{
+    Install(SIGINT, OnEndSignal);
+    Install(SIGTERM, OnEndSignal);
+    if (!IsIgnored(SIGHUP))
+        Install(SIGHUP, OnEndSignal);
+}
+
+void RequestEnd()
+{
+    g_endRequested = true;
+}
+
+bool IsInterrupted()
+{
+    return g_endRequested;
+}
+
+void ThrowIfInterrupted()
+{
+    if (g_endRequested)
+        throw Failure{kExitInterrupted, wxString()};
+}
+
+bool TakeHaltRequest()
+{
+    return g_haltRequested.exchange(false);
+}
+
+void HaltProcess()
+{
+    raise(SIGSTOP);
+}
+
+void RegisterTerminal(const termios* settings)
+{
+    g_terminal = settings;
+    // Ctrl-Z needs care only while the terminal is changed.
+    if (settings && !IsIgnored(SIGTSTP))
+        Install(SIGTSTP, OnHaltSignal);
+    else if (!IsIgnored(SIGTSTP))
+        Install(SIGTSTP, SIG_DFL);
+}
+
+void RegisterTemporaryFile(const std::string& path)
+{
+    g_hasFile = false;
+    if (path.empty() || path.size() >= sizeof(g_file))
+        return;
+    std::memcpy(g_file, path.c_str(), path.size() + 1);
+    g_hasFile = true;
+}
+
+} // namespace say

@@ -1,0 +1,31 @@
+// Signals that ask the program to end or to halt, turned into flags that the main thread looks at. MIT licence.
+#ifndef QXSPEECH_EXAMPLES_SAY_INTERRUPT_H
+#define QXSPEECH_EXAMPLES_SAY_INTERRUPT_H
+
+#include <string>
+
+struct termios;
+
+namespace say
+{
+
+// SIGINT and SIGTERM, and SIGHUP unless it is ignored, set the flag; so does RequestEnd. A second such signal ends the
+// process at once, for a sound server that hangs: terminal and temporary file are put in order even then.
+void InstallSignalHandlers();
+void RequestEnd();
+bool IsInterrupted();
+// Throws Failure (kExitInterrupted).
+void ThrowIfInterrupted();
+
+// True once for each Ctrl-Z; the caller then puts the terminal in order and calls HaltProcess, which returns when the
+// shell lets the program go on.
+bool TakeHaltRequest();
+void HaltProcess();
+
+// What the second signal has to put in order. Null and empty: nothing. The settings must outlive their registration.
+void RegisterTerminal(const termios* settings);
+void RegisterTemporaryFile(const std::string& path);
+
+} // namespace say
+
+#endif

@@ -1,0 +1,125 @@
+// Order of things: console, options, text and target, device, speech, and all of it back again. MIT licence.
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unistd.h>
+#include <vector>
+#include <wx/init.h>
+
+#include "audiosession.h"
+#include "common/version.h"
+#include "console.h"
+#include "exitstatus.h"
+#include "interrupt.h"
+#include "options.h"
+#include "output.h"
+#include "speaker.h"
+#include "speech/tts.h"
+#include "textinput.h"
+#include "voices.h"
+
+namespace say
+{
+namespace
+{
+
+// The speech instance goes before the sound system does, and before wxWidgets ends.
+class SpeechInstance
+{
+public:
+    SpeechInstance() : m_engine(QXSingleton<QXTextToSpeech>::Get()->GetEngine()) {}
+    ~SpeechInstance() { QXSingleton<QXTextToSpeech>::DestroyInstance(); }
+    SpeechInstance(const SpeechInstance&) = delete;
+    SpeechInstance& operator=(const SpeechInstance&) = delete;
+    wxTextToSpeech& Engine() { return m_engine; }
+
+private:
+    wxTextToSpeech& m_engine;
+};
+
+void List(const Options& options)
+{
+    SpeechInstance instance;
+    if (options.listEngines) {
+        PrintOutput(EngineList(instance.Engine()));
+        return;
+    }
+    SelectEngine(instance.Engine(), options.engine);
+    const std::vector<QXTTSVoiceInfo> voices = OfLanguage(LoadVoices(instance.Engine()), options.language);
+    PrintOutput(options.json ? VoiceListJson(voices) : VoiceListText(voices));
+    if (voices.empty())
+        PrintError(options.language.empty() ? wxString("no voices") : "no voice for language " + options.language);
+}
+
+void RefuseHtml(const Options& options)
+{
+    if (options.inputForm != InputForm::kHtml)
+        return;
+    throw Failure{kExitUsage, options.hasInputForm
+                                  ? wxString("HTML input is not supported yet")
+                                  : "HTML input is not supported yet; --input text reads the file as it stands"};
+}
+
+void Say(const Options& options)
+{
+    RefuseHtml(options);
+    std::unique_ptr<OutputTarget> output;
+    if (options.hasOutput)
+        output = std::make_unique<OutputTarget>(options.output);
+    const wxString text = ReadText(options);
+    std::optional<AudioSession> audio; // outlives the instance
+    SpeechInstance instance;
+    SelectEngine(instance.Engine(), options.engine);
+    ApplySettings(instance.Engine(), options);
+    // Last, so that a wrong command line is told as such on a machine without sound, too.
+    if (!output)
+        audio.emplace(!options.verbose);
+    SpeakToEnd(instance.Engine(), text, options, output.get());
+    if (output)
+        output->Commit();
+}
+
+void Run(const std::vector<std::string>& arguments)
+{
+    const Options options = ParseOptions(arguments, isatty(STDIN_FILENO) == 1);
+    SetUpLog(options.verbose);
+    if (options.help)
+        PrintOutput(UsageText());
+    else if (options.version)
+        PrintOutput("qxspeech-say " QXSPEECH_VERSION_STRING "\n");
+    else if (options.listEngines || options.listVoices)
+        List(options);
+    else
+        Say(options);
+}
+
+int RunGuarded(const std::vector<std::string>& arguments)
+{
+    try {
+        Run(arguments);
+        return kExitDone;
+    } catch (const Failure& failure) {
+        if (!failure.text.empty())
+            PrintError(failure.text);
+        return failure.status;
+    } catch (const std::exception& error) {
+        PrintError(wxString::FromUTF8(error.what()));
+        return kExitRefused;
+    }
+}
+
+} // namespace
+} // namespace say
+
+int main(int argc, char** argv)
+{
+    say::SecureStandardFiles();
+    say::InstallSignalHandlers();
+    const wxInitializer wx;
+    if (!wx.IsOk()) {
+        say::PrintError("wxWidgets does not start");
+        return say::kExitRefused;
+    }
+    return say::RunGuarded(std::vector<std::string>(argv + 1, argv + (argc > 0 ? argc : 1)));
+}

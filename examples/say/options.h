@@ -1,0 +1,50 @@
+// The command line. MIT licence.
+#ifndef QXSPEECH_EXAMPLES_SAY_OPTIONS_H
+#define QXSPEECH_EXAMPLES_SAY_OPTIONS_H
+
+#include <string>
+#include <vector>
+#include <wx/arrstr.h>
+#include <wx/string.h>
+
+#include "values.h"
+
+namespace say
+{
+
+// Where the text comes from: the arguments, a named file, or standard input.
+enum class TextSource { kArguments, kFile, kStandardInput };
+
+struct Options {
+    bool help = false;
+    bool version = false;
+    bool verbose = false;
+    bool progress = false;
+    bool listVoices = false;
+    bool listEngines = false;
+    bool json = false;
+    bool hasInputForm = false;
+    bool hasOutput = false;
+    InputForm inputForm = InputForm::kText; // also when guessed from the file's extension
+    TextSource source = TextSource::kArguments;
+    std::string text;   // the arguments joined by blanks, bytes as they were given
+    std::string file;   // of kFile, the path's bytes
+    std::string output; // the path's bytes; "-" is standard output
+    wxString engine;    // empty: the library's choice
+    wxString voice;     // empty: the engine's choice
+    wxString language;  // empty: every language
+    Quantity rate;
+    Quantity pitch;
+    Quantity volume;
+};
+
+// The arguments without the program's name, as bytes. Throws Failure (kExitUsage). inputIsTerminal: without any text
+// that is a usage error, otherwise standard input is read.
+Options ParseOptions(const std::vector<std::string>& arguments, bool inputIsTerminal);
+
+// For --help.
+wxString UsageText();
+
+} // namespace say
+
+#endif

@@ -1,0 +1,178 @@
+// Speech is always asynchronous and polled, so that keys and signals act at once. MIT licence.
+#include "speaker.h"
+
+#include <chrono>
+#include <wx/app.h>
+
+#include "audiosession.h"
+#include "console.h"
+#include "exitstatus.h"
+#include "interrupt.h"
+#include "progress.h"
+#include "terminal.h"
+#include "textinput.h"
+#include "values.h"
+#include "voices.h"
+
+namespace say
+{
+namespace
+{
+
+constexpr int kSpeakAsync = 0x1; // the engine returns at once and is polled
+constexpr int kPollMs = 10;
+
+struct Range {
+    const char* name;
+    const Quantity Options::*given;
+    wxTTSCapability capability;
+    int (wxTTSHandler::*minimum)() const;
+    int (wxTTSHandler::*maximum)() const;
+    void (wxTextToSpeech::*set)(int, wxTTSQuantityType);
+};
+
+const Range kRanges[] = {
+    {"rate", &Options::rate, wxTTS_CAP_SPEED, &wxTTSHandler::GetMinSpeed, &wxTTSHandler::GetMaxSpeed,
+     &wxTextToSpeech::SetSpeed},
+    {"pitch", &Options::pitch, wxTTS_CAP_PITCH, &wxTTSHandler::GetMinPitch, &wxTTSHandler::GetMaxPitch,
+     &wxTextToSpeech::SetPitch},
+    {"volume", &Options::volume, wxTTS_CAP_VOLUME, &wxTTSHandler::GetMinVolume, &wxTTSHandler::GetMaxVolume,
+     &wxTextToSpeech::SetVolume},
+};
+
+void Apply(wxTextToSpeech& engine, const Options& options, const Range& range)
+{
+    const Quantity& given = options.*range.given;
+    if (!given.given)
+        return;
+    const wxTTSHandler* const handler = engine.GetCurrentHandler();
+    const int minimum = (handler->*range.minimum)();
+    const int maximum = (handler->*range.maximum)();
+    if (!given.percent && (given.value < minimum || given.value > maximum))
+        throw Failure{kExitUsage, wxString::Format("--%s %d: %s takes %d to %d", range.name, given.value,
+                                                   handler->GetId(), minimum, maximum)};
+    if (!engine.HasCapability(range.capability))
+        PrintError(wxString("warning: ") + handler->GetId() + " does not apply --" + range.name);
+    (engine.*range.set)(given.value, given.percent ? wxTTS_QUANTITY_PERCENT : wxTTS_QUANTITY_NATIVE);
+}
+
+// One speech under way: keys, signals, notices of the engine, progress.
+class Speech
+{
+public:
+    Speech(wxTextToSpeech& engine, const Options& options, const OutputTarget* output)
+        : m_engine(engine), m_progress(options.progress, output)
+    {
+    }
+
+    void Run(const wxString& text, const wxString& file)
+    {
+        m_progress.Waiting(m_engine.GetEngine());
+        ThrowIfInterrupted();
+        if (!m_engine.Speak(text, kSpeakAsync, file))
+            Refuse(file.empty());
+        m_progress.Started();
+        while (IsSpeaking()) {
+            Obey(m_keys.Wait(kPollMs));
+            if (TakeHaltRequest())
+                Halt();
+            if (IsInterrupted())
+                Stop();
+            m_progress.Update();
+        }
+        // The speech may end between a signal and the look at its flag.
+        ThrowIfInterrupted();
+    }
+
+private:
+    bool IsSpeaking()
+    {
+        wxAppConsole::GetInstance()->Yield(true); // the end of the speech arrives as an event
+        return m_engine.IsSpeaking();
+    }
+
+    void Obey(char key)
+    {
+        switch (key) {
+        case ' ':
+            TogglePause();
+            break;
+        case 'n':
+            m_engine.Skip(1, wxTTS_SKIP_SENTENCE);
+            break;
+        case 'q':
+            RequestEnd();
+            break;
+        default:
+            break;
+        }
+    }
+
+    void TogglePause()
+    {
+        if (m_engine.IsPaused())
+            m_engine.Resume();
+        else
+            m_engine.Pause();
+        m_progress.SetPaused(m_engine.IsPaused());
+    }
+
+    void Halt()
+    {
+        const bool pauses = m_engine.CanPause() && m_engine.Pause();
+        m_keys.Leave();
+        HaltProcess();
+        m_keys.Enter();
+        if (pauses)
+            m_engine.Resume();
+    }
+
+    [[noreturn]] void Stop()
+    {
+        m_engine.Stop();
+        throw Failure{kExitInterrupted, wxString()};
+    }
+
+    [[noreturn]] void Refuse(bool plays)
+    {
+        if (plays && !AudioSession::HasOutputDevice())
+            throw Failure{kExitNoDevice, "no audio output device; use -o FILE to write a WAV file"};
+        const wxString reason = m_engine.GetLastErrorMessage();
+        throw Failure{kExitRefused, reason.empty() ? m_engine.GetEngine() + " cannot speak this" : reason};
+    }
+
+    wxTextToSpeech& m_engine;
+    TerminalKeys m_keys;
+    Progress m_progress;
+};
+
+} // namespace
+
+void SelectEngine(wxTextToSpeech& engine, const wxString& name)
+{
+    const wxArrayString ids = engine.GetEngineIds();
+    const wxString id = name.empty() ? engine.GetEngine() : FindEngineId(name, ids);
+    if (id.empty())
+        throw Failure{kExitUsage, "no engine \"" + name + "\"; there is " + DescribeEngines(ids)};
+    if (engine.SetEngine(id))
+        return;
+    const wxString reason = engine.FindHandler(id)->GetLastErrorMessage();
+    throw Failure{kExitRefused, reason.empty() ? id + " does not start: this system has no such speech" : reason};
+}
+
+void ApplySettings(wxTextToSpeech& engine, const Options& options)
+{
+    if (!options.voice.empty())
+        engine.SetVoice(FindVoice(LoadVoices(engine), options.voice));
+    for (const Range& range : kRanges)
+        Apply(engine, options, range);
+    engine.SetProperty("Input format", InputFormatProperty(options.inputForm));
+}
+
+void SpeakToEnd(wxTextToSpeech& engine, const wxString& text, const Options& options, const OutputTarget* output)
+{
+    const wxString spoken = options.inputForm == InputForm::kText ? ProtectPlainText(text) : text;
+    Speech(engine, options, output).Run(spoken, output ? output->SpeechFile() : wxString());
+}
+
+} // namespace say

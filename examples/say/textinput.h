@@ -1,0 +1,26 @@
+// Reads the text to speak and turns its bytes into characters. MIT licence.
+#ifndef QXSPEECH_EXAMPLES_SAY_TEXTINPUT_H
+#define QXSPEECH_EXAMPLES_SAY_TEXTINPUT_H
+
+#include <string>
+#include <wx/string.h>
+
+#include "options.h"
+
+namespace say
+{
+
+// UTF-8, UTF-16 or UTF-32 by byte-order mark, else UTF-8, else Latin-1. False, with the reason, for binary data: a zero
+// character, or bytes that are not what their byte-order mark says.
+bool DecodeText(const std::string& bytes, wxString& text, wxString& reason);
+
+// The local engine takes a string whose first character is "<" for markup; behind a blank it is text.
+wxString ProtectPlainText(const wxString& text);
+
+// The whole text, decoded. Throws Failure: kExitFile if it cannot be read or is binary, kExitUsage if there is nothing
+// but white space, kExitInterrupted if the program is to end while it waits for input.
+wxString ReadText(const Options& options);
+
+} // namespace say
+
+#endif

@@ -1,0 +1,30 @@
+// Lists of engines and voices, and the choice of a voice. MIT licence.
+#ifndef QXSPEECH_EXAMPLES_SAY_VOICES_H
+#define QXSPEECH_EXAMPLES_SAY_VOICES_H
+
+#include <vector>
+#include <wx/string.h>
+
+#include "speech/tts.h"
+
+namespace say
+{
+
+// One line for each engine: short name, id.
+wxString EngineList(const wxTextToSpeech& engine);
+
+// The current engine's voices: installed, or asked of its service. Throws Failure (kExitRefused) if that fails.
+std::vector<QXTTSVoiceInfo> LoadVoices(const wxTextToSpeech& engine);
+// Those of a language; all for an empty one.
+std::vector<QXTTSVoiceInfo> OfLanguage(const std::vector<QXTTSVoiceInfo>& voices, const wxString& language);
+// One line for each voice: language code, id, name where it differs.
+wxString VoiceListText(const std::vector<QXTTSVoiceInfo>& voices);
+// One array, also for no voices.
+wxString VoiceListJson(const std::vector<QXTTSVoiceInfo>& voices);
+
+// The voice of that id or name, with case first, then without. Throws Failure (kExitUsage) if there is none.
+QXTTSVoiceInfo FindVoice(const std::vector<QXTTSVoiceInfo>& voices, const wxString& name);
+
+} // namespace say
+
+#endif

@@ -1,0 +1,357 @@
+// The program behind ./speak, run as a user runs it: exit statuses, files, signals, keys. MIT licence.
+#include <algorithm>
+#include <csignal>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <thread>
+
+#include "childprocess.h"
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using Result = ChildProcess::Result;
+using Arguments = std::vector<std::string>;
+
+std::string ReadFile(const fs::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+void WriteFile(const fs::path& path, const std::string& bytes)
+{
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+uint32_t LittleEndian(const std::string& bytes, size_t at, size_t size)
+{
+    uint32_t value = 0;
+    for (size_t i = 0; i < size; ++i)
+        value |= static_cast<uint32_t>(static_cast<unsigned char>(bytes[at + i])) << (8 * i);
+    return value;
+}
+
+// Seconds of a complete 16 kHz mono WAV file that holds sound; 0 for anything else.
+double SpokenSeconds(const std::string& wav)
+{
+    constexpr size_t kHeader = 44;
+    if (wav.size() <= kHeader || wav.compare(0, 4, "RIFF") != 0 || wav.compare(8, 8, "WAVEfmt ") != 0)
+        return 0;
+    if (LittleEndian(wav, 4, 4) != wav.size() - 8 || LittleEndian(wav, 40, 4) != wav.size() - kHeader)
+        return 0;
+    if (LittleEndian(wav, 22, 2) != 1 || LittleEndian(wav, 24, 4) != 16000 || LittleEndian(wav, 34, 2) != 16)
+        return 0;
+    int loudest = 0;
+    for (size_t at = kHeader; at + 1 < wav.size(); at += 2)
+        loudest = std::max(loudest, std::abs(static_cast<int>(static_cast<int16_t>(LittleEndian(wav, at, 2)))));
+    return loudest > 1000 ? static_cast<double>(wav.size() - kHeader) / 32000.0 : 0;
+}
+
+size_t Lines(const std::string& text)
+{
+    return static_cast<size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+std::string LongText()
+{
+    std::string text;
+    for (int i = 0; i < 20000; ++i)
+        text += "This is sentence number " + std::to_string(i) + ", and it goes on for a while. ";
+    return text;
+}
+
+// Each test has a folder of its own and a sound configuration that opens but does not pace.
+class SayCli : public testing::Test
+{
+protected:
+    SayCli()
+    {
+        std::string name = (fs::temp_directory_path() / "qxspeech-cli-XXXXXX").string();
+        m_folder = mkdtemp(name.data());
+        fs::create_directory(Path("out"));
+        WriteFile(Path("sound.conf"), "pcm.!default { type null }\n");
+        setenv("ALSA_CONFIG_PATH", Path("sound.conf").c_str(), 1);
+    }
+    ~SayCli() override
+    {
+        std::error_code ignored;
+        fs::remove_all(m_folder, ignored);
+    }
+
+    std::string Path(const std::string& name) const { return (m_folder / name).string(); }
+    std::string Out(const std::string& name) const { return Path("out/" + name); }
+    // Everything in the output folder, hidden files too.
+    std::vector<std::string> OutNames() const
+    {
+        std::vector<std::string> names;
+        for (const fs::directory_entry& entry : fs::directory_iterator(m_folder / "out"))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    static ChildProcess Say(Arguments arguments, const std::string& input = std::string())
+    {
+        arguments.insert(arguments.begin(), QX_SAY_PROGRAM);
+        ChildProcess child;
+        child.arguments = std::move(arguments);
+        child.input = input;
+        return child;
+    }
+    static Result Run(Arguments arguments, const std::string& input = std::string())
+    {
+        return Say(std::move(arguments), input).Run();
+    }
+
+    fs::path m_folder;
+};
+
+TEST_F(SayCli, WritesSpeechFromEverySource)
+{
+    WriteFile(Path("in.txt"), "Text from a file.");
+    WriteFile(Path("in.ssml"),
+              "<speak version=\"1.0\" xml:lang=\"en-US\">Text <break time=\"100ms\"/> with pauses.</speak>");
+    const struct {
+        const char* label;
+        Arguments arguments;
+        std::string input;
+    } rows[] = {
+        {"arguments", {"Text", "from", "words."}, ""},
+        {"file", {"-f", Path("in.txt")}, ""},
+        {"pipe", {}, "Text from a pipe."},
+        {"dash", {"-"}, "Text from a pipe."},
+        {"markup by extension", {"-f", Path("in.ssml")}, ""},
+        {"settings", {"--rate", "-2", "--volume", "90%", "Settings."}, ""},
+        {"plain text that looks like markup", {"<b is not a tag"}, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        Arguments arguments = row.arguments;
+        arguments.insert(arguments.begin(), {"-o", Out("a.wav")});
+        const Result result = Run(arguments, row.input);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err, "");
+        EXPECT_GT(SpokenSeconds(ReadFile(Out("a.wav"))), 0.3);
+        EXPECT_EQ(OutNames(), std::vector<std::string>{"a.wav"});
+        fs::remove(Out("a.wav"));
+    }
+}
+
+TEST_F(SayCli, FailuresHaveTheirStatusOneLineAndNoOutput)
+{
+    WriteFile(Path("binary"), std::string("\x7f"
+                                          "ELF\0\0\0",
+                                          7));
+    WriteFile(Path("page.html"), "<p>Hello</p>");
+    WriteFile(Path("bad.ssml"), "<speak>Not <b>closed</speak>");
+    const std::string out = Out("a.wav");
+    const struct {
+        const char* label;
+        Arguments arguments;
+        int status;
+        const char* word; // that the line holds
+    } rows[] = {
+        {"malformed markup", {"-o", out, "-f", Path("bad.ssml")}, 1, "syntax"},
+        {"unknown option", {"--nonsense", "x"}, 2, "nonsense"},
+        {"unknown engine", {"-o", out, "-e", "nobody", "x"}, 2, "sapi"},
+        {"unknown voice", {"-o", out, "-v", "Nobody", "x"}, 2, "-L"},
+        {"percentage", {"-o", out, "--volume", "101%", "x"}, 2, "100%"},
+        {"out of range", {"-o", out, "--rate", "11", "x"}, 2, "-10 to 10"},
+        {"HTML", {"-o", out, "--input", "html", "x"}, 2, "HTML"},
+        {"HTML file", {"-o", out, "-f", Path("page.html")}, 2, "HTML"},
+        {"white space", {"-o", out, " "}, 2, "empty"},
+        {"folder as input", {"-o", out, "-f", m_folder.string()}, 4, "irectory"},
+        {"no such input", {"-o", out, "-f", Path("absent")}, 4, "absent"},
+        {"binary input", {"-o", out, "-f", Path("binary")}, 4, "binary"},
+        {"folder as output", {"-o", Path("out"), "x"}, 4, "irectory"},
+        {"output below a file", {"-o", Path("binary") + "/a.wav", "x"}, 4, "irectory"},
+        {"output in no folder", {"-o", Path("none/a.wav"), "x"}, 4, "none/a.wav"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        const Result result = Run(row.arguments);
+        EXPECT_EQ(result.status, row.status);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(Lines(result.err), 1U) << result.err;
+        EXPECT_NE(result.err.find(row.word), std::string::npos) << result.err;
+        EXPECT_TRUE(OutNames().empty());
+    }
+}
+
+TEST_F(SayCli, FailureLeavesAnExistingTargetAsItWas)
+{
+    WriteFile(Out("a.wav"), "precious");
+    WriteFile(Path("bad.ssml"), "<speak>Not <b>closed</speak>");
+    EXPECT_EQ(Run({"-o", Out("a.wav"), "-f", Path("bad.ssml")}).status, 1);
+    EXPECT_EQ(ReadFile(Out("a.wav")), "precious");
+    EXPECT_EQ(OutNames(), std::vector<std::string>{"a.wav"});
+}
+
+TEST_F(SayCli, ReplacedTargetKeepsItsModeAndItsLink)
+{
+    WriteFile(Out("real.wav"), "old");
+    chmod(Out("real.wav").c_str(), 0640);
+    fs::create_symlink("real.wav", Out("link.wav"));
+    EXPECT_EQ(Run({"-o", Out("link.wav"), "Hello there."}).status, 0);
+    EXPECT_TRUE(fs::is_symlink(Out("link.wav")));
+    EXPECT_GT(SpokenSeconds(ReadFile(Out("real.wav"))), 0.3);
+    struct stat info = {};
+    ASSERT_EQ(stat(Out("real.wav").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0640U);
+}
+
+TEST_F(SayCli, StandardOutputGetsTheWholeFileOrAFailure)
+{
+    for (const char* target : {"-", "/dev/stdout"}) {
+        SCOPED_TRACE(target);
+        const Result whole = Run({"-o", target, "Hello there."});
+        EXPECT_EQ(whole.status, 0);
+        EXPECT_EQ(whole.err, "");
+        EXPECT_GT(SpokenSeconds(whole.out), 0.3);
+    }
+    for (const auto output : {ChildProcess::Output::kClosed, ChildProcess::Output::kFull}) {
+        for (const Arguments& arguments : {Arguments{"-o", "-", "Hello."}, Arguments{"-L"}, Arguments{"--help"}}) {
+            SCOPED_TRACE(testing::PrintToString(arguments));
+            ChildProcess child = Say(arguments);
+            child.output = output;
+            const Result result = child.Run();
+            EXPECT_EQ(result.status, 4);
+            EXPECT_EQ(Lines(result.err), 1U) << result.err;
+        }
+    }
+}
+
+TEST_F(SayCli, FifoIsCopiedToOnceItIsRead)
+{
+    ASSERT_EQ(mkfifo(Out("fifo").c_str(), 0600), 0);
+    std::string read;
+    std::thread reader([&] { read = ReadFile(Out("fifo")); });
+    EXPECT_EQ(Run({"-o", Out("fifo"), "Hello there."}).status, 0);
+    reader.join();
+    EXPECT_GT(SpokenSeconds(read), 0.3);
+    EXPECT_EQ(OutNames(), std::vector<std::string>{"fifo"});
+}
+
+TEST_F(SayCli, SignalStopsTheFileAndLeavesTheTarget)
+{
+    WriteFile(Path("long.txt"), LongText());
+    for (const int signalNumber : {SIGINT, SIGTERM}) {
+        SCOPED_TRACE(signalNumber);
+        WriteFile(Out("a.wav"), "precious");
+        ChildProcess child = Say({"-o", Out("a.wav"), "-f", Path("long.txt")});
+        bool sent = false;
+        child.whileRunning = [&](pid_t pid) {
+            for (const std::string& name : OutNames()) {
+                std::error_code gone;
+                const uintmax_t size = fs::file_size(Out(name), gone);
+                // It speaks: the file beside the target grows.
+                if (!sent && name != "a.wav" && !gone && size > 100000)
+                    sent = kill(pid, signalNumber) == 0;
+            }
+        };
+        const Result result = child.Run();
+        EXPECT_TRUE(sent);
+        EXPECT_EQ(result.status, 130);
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(ReadFile(Out("a.wav")), "precious");
+        EXPECT_EQ(OutNames(), std::vector<std::string>{"a.wav"});
+    }
+}
+
+TEST_F(SayCli, KeyStopsAndTheTerminalIsRestored)
+{
+    WriteFile(Path("long.txt"), LongText());
+    for (const char* keys : {"q", "  nq", "\x03"}) { // the last is Ctrl-C
+        SCOPED_TRACE(keys);
+        ChildProcess child = Say({"--progress", "-o", Out("a.wav"), "-f", Path("long.txt")}, keys);
+        child.onTerminal = true;
+        const Result result = child.Run();
+        EXPECT_EQ(result.status, 130);
+        EXPECT_TRUE(result.terminalRestored);
+        EXPECT_NE(result.err.find("writing"), std::string::npos) << result.err;
+        EXPECT_TRUE(OutNames().empty());
+    }
+}
+
+TEST_F(SayCli, TerminalWithoutTextIsAUsageError)
+{
+    ChildProcess child = Say({});
+    child.onTerminal = true;
+    const Result result = child.Run();
+    EXPECT_EQ(result.status, 2);
+    EXPECT_TRUE(result.terminalRestored);
+}
+
+TEST_F(SayCli, PlaysOnADeviceWithoutAWord)
+{
+    const Result result = Run({"Hello there."});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "");
+}
+
+TEST_F(SayCli, NoDeviceIsOneLineButFilesNeedNone)
+{
+    WriteFile(Path("sound.conf"), "pcm.!default { type hw card 77 }\n");
+    const Result result = Run({"Hello there."});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(Lines(result.err), 1U) << result.err;
+    EXPECT_NE(result.err.find("-o FILE"), std::string::npos);
+    EXPECT_EQ(Run({"-v", "Nobody", "Hello there."}).status, 2); // the command line is looked at first
+    EXPECT_EQ(Run({"-o", Out("a.wav"), "Hello there."}).status, 0);
+    EXPECT_EQ(Run({"-L"}).err, "");
+}
+
+TEST_F(SayCli, ListsVoicesByLanguage)
+{
+    const Result all = Run({"-L"});
+    const Result english = Run({"-L", "--lang", "en"});
+    const Result json = Run({"-L", "--lang", "de", "--json"});
+    EXPECT_EQ(all.status, 0);
+    EXPECT_GT(Lines(all.out), Lines(english.out));
+    EXPECT_GT(Lines(english.out), 0U);
+    EXPECT_EQ(json.out.compare(0, 2, "[{"), 0) << json.out;
+    EXPECT_NE(json.out.find("\"handler_id\":\"Microsoft SAPI\""), std::string::npos);
+    EXPECT_EQ(Run({"-L", "--lang", "xx", "--json"}).out, "[]\n");
+    EXPECT_NE(Run({"--list-engines"}).out.find("Microsoft SAPI"), std::string::npos);
+}
+
+TEST_F(SayCli, VerboseShowsTheLogOnStandardErrorOnly)
+{
+    EXPECT_EQ(Run({"--version"}).err, "");
+    const Result result = Run({"--verbose", "-o", Out("a.wav"), "Hello."});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, "");
+}
+
+TEST_F(SayCli, UnprivilegedUserIsRefusedByAReadOnlyFolder)
+{
+    chmod(m_folder.c_str(), 0755);
+    chmod(Path("out").c_str(), 0555);
+    ChildProcess child = Say({"-o", Out("a.wav"), "Hello."});
+    child.unprivileged = true;
+    const Result result = child.Run();
+    chmod(Path("out").c_str(), 0755);
+    if (result.status == 126 || result.status == 127)
+        GTEST_SKIP() << "nobody cannot run " << QX_SAY_PROGRAM;
+    EXPECT_EQ(result.status, 4);
+    EXPECT_EQ(Lines(result.err), 1U) << result.err;
+    EXPECT_TRUE(OutNames().empty());
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    std::signal(SIGPIPE, SIG_IGN);
+    return RUN_ALL_TESTS();
+}

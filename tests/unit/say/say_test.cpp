@@ -1,0 +1,257 @@
+// What the command line and the text of the program behind ./speak mean. MIT licence.
+#include <gtest/gtest.h>
+#include <wx/arrstr.h>
+
+#include "exitstatus.h"
+#include "options.h"
+#include "textinput.h"
+#include "values.h"
+
+namespace
+{
+
+using say::InputForm;
+using say::Options;
+using say::Quantity;
+using say::TextSource;
+
+Options Parse(const std::vector<std::string>& arguments, bool inputIsTerminal = true)
+{
+    return say::ParseOptions(arguments, inputIsTerminal);
+}
+
+TEST(SayQuantity, TakesNativeNumbersAndPercentFromZeroToHundred)
+{
+    const struct {
+        const char* text;
+        bool valid;
+        bool percent;
+        int value;
+    } rows[] = {
+        {"3", true, false, 3},     {"-5", true, false, -5},
+        {"+2", true, false, 2},    {"400", true, false, 400},
+        {"0%", true, true, 0},     {"100%", true, true, 100},
+        {"101%", false, false, 0}, {"-1%", false, false, 0},
+        {"%", false, false, 0},    {"", false, false, 0},
+        {"fast", false, false, 0}, {"3x", false, false, 0},
+        {"2.5", false, false, 0},  {" 3", false, false, 0},
+        {"60 %", false, false, 0}, {"99999999999", false, false, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        Quantity quantity;
+        ASSERT_EQ(say::ParseQuantity(row.text, quantity), row.valid);
+        EXPECT_EQ(quantity.given, row.valid);
+        EXPECT_EQ(quantity.percent, row.percent);
+        EXPECT_EQ(quantity.value, row.value);
+    }
+}
+
+TEST(SayEngine, IsFoundByShortNameOrIdIfRegistered)
+{
+    wxArrayString registered;
+    registered.Add("Microsoft SAPI");
+    registered.Add("Amazon Polly");
+    registered.Add("Somebody's Own");
+    const struct {
+        const char* name;
+        const char* id;
+    } rows[] = {
+        {"sapi", "Microsoft SAPI"},
+        {"local", "Microsoft SAPI"},
+        {"LOCAL", "Microsoft SAPI"},
+        {"polly", "Amazon Polly"},
+        {"microsoft sapi", "Microsoft SAPI"},
+        {"Somebody's Own", "Somebody's Own"},
+        {"azure", ""}, // known, but not registered
+        {"espeak", ""},
+        {"", ""},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(say::FindEngineId(row.name, registered), row.id) << row.name;
+    EXPECT_EQ(say::DescribeEngines(registered), "sapi (Microsoft SAPI), polly (Amazon Polly), Somebody's Own");
+}
+
+TEST(SayInput, FormFollowsTheExtensionOfTheFile)
+{
+    const struct {
+        const char* file;
+        InputForm form;
+    } rows[] = {
+        {"a.txt", InputForm::kText},      {"a", InputForm::kText},     {"dir.html/a", InputForm::kText},
+        {"a.HTML", InputForm::kHtml},     {"a.htm", InputForm::kHtml}, {"a.b.ssml", InputForm::kSsml},
+        {"/x/a.xml", InputForm::kNative}, {".html", InputForm::kText},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(say::GuessInputForm(row.file), row.form) << row.file;
+}
+
+TEST(SayInput, InputOptionOverridesTheExtension)
+{
+    EXPECT_EQ(Parse({"-f", "a.html", "--input", "Text"}).inputForm, InputForm::kText);
+    EXPECT_EQ(Parse({"-f", "a.ssml"}).inputForm, InputForm::kSsml);
+    EXPECT_EQ(Parse({"--input", "native", "<sapi/>"}).inputForm, InputForm::kNative);
+}
+
+TEST(SayLanguage, PrefixMatchesWholeSubtags)
+{
+    EXPECT_TRUE(say::LanguageMatches("en-US", "en"));
+    EXPECT_TRUE(say::LanguageMatches("en_US", "EN-us"));
+    EXPECT_TRUE(say::LanguageMatches("en", "en"));
+    EXPECT_FALSE(say::LanguageMatches("en", "en-US"));
+    EXPECT_FALSE(say::LanguageMatches("eng", "en"));
+    EXPECT_FALSE(say::LanguageMatches("en-US", ""));
+}
+
+TEST(SayText, EncodingIsSniffed)
+{
+    const wxString expected = wxString::FromUTF8("h\xC3\xA9 \xE2\x82\xAC");
+    const struct {
+        const char* label;
+        std::string bytes;
+        wxString text;
+    } rows[] = {
+        {"UTF-8", "h\xC3\xA9 \xE2\x82\xAC", expected},
+        {"UTF-8 with mark", "\xEF\xBB\xBFh\xC3\xA9 \xE2\x82\xAC", expected},
+        {"UTF-16LE", std::string("\xFF\xFEh\0\xE9\0 \0\xAC\x20", 10), expected},
+        {"UTF-16BE", std::string("\xFE\xFF\0h\0\xE9\0 \x20\xAC", 10), expected},
+        {"UTF-32LE", std::string("\xFF\xFE\0\0h\0\0\0", 8), "h"},
+        {"UTF-32BE", std::string("\0\0\xFE\xFF\0\0\0h", 8), "h"},
+        {"Latin-1", "h\xE9", wxString::FromUTF8("h\xC3\xA9")},
+        {"nothing", "", ""},
+        {"mark alone", "\xEF\xBB\xBF", ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        wxString text;
+        wxString reason;
+        ASSERT_TRUE(say::DecodeText(row.bytes, text, reason));
+        EXPECT_EQ(text, row.text);
+    }
+}
+
+TEST(SayText, BinaryDataIsRefused)
+{
+    const struct {
+        const char* label;
+        std::string bytes;
+    } rows[] = {
+        {"zero byte", std::string("RIFF\0\0abc", 9)},
+        {"zero byte in Latin-1", std::string("\xE9\0x", 3)},
+        {"UTF-16 without mark", std::string("h\0i\0", 4)},
+        {"zero character in UTF-16", std::string("\xFF\xFEh\0\0\0", 6)},
+        {"half a UTF-16 unit", std::string("\xFF\xFEh\0x", 5)},
+        {"bad UTF-8 behind its mark", "\xEF\xBB\xBFh\xE9x"},
+    };
+    for (const auto& row : rows) {
+        wxString text;
+        wxString reason;
+        EXPECT_FALSE(say::DecodeText(row.bytes, text, reason)) << row.label;
+        EXPECT_FALSE(reason.empty()) << row.label;
+    }
+}
+
+TEST(SayText, AngleBracketInFrontIsNotLeftToTheEngine)
+{
+    EXPECT_EQ(say::ProtectPlainText("<b> is a tag"), " <b> is a tag");
+    EXPECT_EQ(say::ProtectPlainText("a < b"), "a < b");
+}
+
+TEST(SayText, WhiteSpaceAloneIsAUsageError)
+{
+    for (const char* text : {"", " ", "\n\t "}) {
+        Options options;
+        options.text = text;
+        try {
+            say::ReadText(options);
+            ADD_FAILURE() << "read: \"" << text << '"';
+        } catch (const say::Failure& failure) {
+            EXPECT_EQ(failure.status, say::kExitUsage);
+        }
+    }
+}
+
+TEST(SayOptions, SourceOfTheTextFollowsTheArguments)
+{
+    const struct {
+        const char* label;
+        std::vector<std::string> arguments;
+        bool terminal;
+        TextSource source;
+        std::string text;
+    } rows[] = {
+        {"words", {"hello", "big world"}, true, TextSource::kArguments, "hello big world"},
+        {"empty argument", {""}, false, TextSource::kArguments, ""},
+        {"behind --", {"--rate", "3", "--", "-x"}, true, TextSource::kArguments, "-x"},
+        {"dash alone", {"-"}, true, TextSource::kStandardInput, ""},
+        {"dash among words", {"a", "-", "b"}, true, TextSource::kArguments, "a - b"},
+        {"nothing, piped", {"--rate", "3"}, false, TextSource::kStandardInput, ""},
+        {"file", {"-f", "x"}, false, TextSource::kFile, ""},
+        {"file dash", {"-f", "-"}, true, TextSource::kStandardInput, ""},
+        {"UTF-8", {"h\xC3\xA9"}, true, TextSource::kArguments, "h\xC3\xA9"},
+        {"bytes that are no UTF-8", {"h\xE9"}, true, TextSource::kArguments, "h\xE9"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        const Options options = Parse(row.arguments, row.terminal);
+        EXPECT_EQ(options.source, row.source);
+        EXPECT_EQ(options.text, row.text);
+    }
+}
+
+TEST(SayOptions, ValuesMayBeginWithADash)
+{
+    const Options options = Parse({"--rate", "-5", "-o", "-", "--volume=60%", "hi"});
+    EXPECT_EQ(options.rate.value, -5);
+    EXPECT_TRUE(options.volume.percent);
+    EXPECT_EQ(options.output, "-");
+    EXPECT_EQ(options.text, "hi");
+    EXPECT_FALSE(options.pitch.given);
+}
+
+TEST(SayOptions, PathsKeepTheirBytes)
+{
+    EXPECT_EQ(Parse({"-f", "na\xEFve \xC3\xA9.txt"}).file, "na\xEFve \xC3\xA9.txt");
+    EXPECT_EQ(Parse({"-o", "\xFF.wav", "x"}).output, "\xFF.wav");
+}
+
+TEST(SayOptions, NonsenseIsAUsageErrorWithOneLine)
+{
+    const std::vector<std::vector<std::string>> rows = {
+        {},
+        {"--no-such-option", "x"},
+        {"--rate"},
+        {"--rate", "fast", "x"},
+        {"--volume", "120%", "x"},
+        {"--input", "pdf", "x"},
+        {"-f", "a", "b"},
+        {"-f", ""},
+        {"-o", "", "x"},
+        {"--json", "x"},
+        {"--lang", "en", "x"},
+        {"-L", "x"},
+    };
+    for (const std::vector<std::string>& arguments : rows) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        try {
+            Parse(arguments);
+            ADD_FAILURE() << "accepted";
+        } catch (const say::Failure& failure) {
+            EXPECT_EQ(failure.status, say::kExitUsage);
+            EXPECT_FALSE(failure.text.empty());
+            EXPECT_EQ(failure.text.find('\n'), wxString::npos);
+        }
+    }
+}
+
+TEST(SayOptions, HelpNamesEveryOptionAndNeedsNothingElse)
+{
+    EXPECT_TRUE(Parse({"--help"}).help);
+    EXPECT_TRUE(Parse({"--version", "-f", "a", "b"}).version);
+    const wxString usage = say::UsageText();
+    for (const char* option : {"-f", "-o", "-e", "-v", "-L", "--lang", "--json", "--list-engines", "--rate", "--pitch",
+                               "--volume", "--input", "--progress", "--verbose", "--help", "--version"})
+        EXPECT_NE(usage.find(option), wxString::npos) << option;
+}
+
+} // namespace
