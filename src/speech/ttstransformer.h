@@ -3,6 +3,7 @@
 #define QXSPEECH_SPEECH_TTSTRANSFORMER_H
 
 #include <cstddef>
+#include <string>
 #include <unordered_map>
 #include <wx/arrstr.h>
 #include <wx/hashmap.h>
@@ -11,8 +12,9 @@
 #include "common/export.h"
 #include "speech/ttstransformoptions.h"
 
-class wxOutputStream;
-class wxTextOutputStream;
+class WXDLLIMPEXP_FWD_BASE wxOutputStream;
+class WXDLLIMPEXP_FWD_BASE wxTextFile;
+class WXDLLIMPEXP_FWD_BASE wxTextOutputStream;
 
 namespace qxspeech
 {
@@ -92,7 +94,7 @@ public:
 
     // Whether entries have changed since Index.
     bool GetDirty() const { return m_dirty; }
-    void SetDirty(bool dirty) { m_dirty = dirty; }
+    void SetDirty(bool dirty);
     // Whether entries have changed, or have been loaded, since they were saved.
     bool GetModified() const { return m_modified; }
     void SetModified(bool modified) { m_modified = modified; }
@@ -118,6 +120,9 @@ private:
     void MarkChanged();
     // The replacement of a key in lower case, or null.
     const wxString* FindReplacement(const wxString& key) const;
+    // Applies substitutions and filters to the lines; if one changed, `bytes` is the whole new file and the result
+    // true.
+    bool TransformLines(wxTextFile& file, int options, std::string& bytes);
     bool CopyOrConvert(const wxString& inputFile, const wxString& outputFile, int options);
     void ConvertRewritten(const wxString& outputFile, int options);
 
