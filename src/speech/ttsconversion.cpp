@@ -8,8 +8,8 @@
 #include <wx/txtstrm.h>
 
 #include "common/letters.h"
+#include "speech/ttsfilework.h"
 #include "speech/ttshtmlparser.h"
-#include "speech/ttstextfile.h"
 #include "speech/ttstransformer.h"
 
 using namespace qxspeech;

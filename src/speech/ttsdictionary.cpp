@@ -5,8 +5,8 @@
 #include <wx/wfstream.h>
 
 #include "common/letters.h"
+#include "speech/ttsfilework.h"
 #include "speech/ttssubstitution.h"
-#include "speech/ttstextfile.h"
 
 using namespace qxspeech;
 

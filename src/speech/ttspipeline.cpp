@@ -11,8 +11,8 @@
 
 #include "common/letters.h"
 #include "speech/qxtexttospeech.h"
+#include "speech/ttsfilework.h"
 #include "speech/ttssubstitution.h"
-#include "speech/ttstextfile.h"
 
 using namespace qxspeech;
 

@@ -1,5 +1,5 @@
 // Text files: encoding, comparing, writing and replacing. MIT licence.
-#include "speech/ttstextfile.h"
+#include "speech/ttsfilework.h"
 
 #include <wx/file.h>
 #include <wx/filefn.h>
