@@ -125,7 +125,7 @@ public:
 private:
     friend class wxTTSSimpleHtmlParser;
 
-    wxTTSSimpleHtmlAttribute* NewAttribute();
+    void LinkAttribute(wxTTSSimpleHtmlAttribute* attribute);
     wxTTSSimpleHtmlTag* FindLastChild();
 
     wxString m_name;
@@ -195,7 +195,7 @@ public:
     bool IsWord() const;
 
     // Moves pos over white space, not beyond the end. Always true.
-    bool EatWhitespace(int& pos) const;
+    bool EatWhitespace(int& pos);
     // Moves over white space; unless full, the last character of it stays to be read, if it is no line feed and no tag
     // follows: it then opens a text run. Always true.
     bool EatWhitespace(bool full);
@@ -223,19 +223,18 @@ public:
     bool ParseHtml(wxTTSSimpleHtmlTag* parent);
 
 private:
-    struct Run;
+    struct Run; // characters that one of the Here functions found at the position
 
-    void SetDocument(wxString& text);
-    const wchar_t* Chars() const { return m_text.wx_str(); }
+    void ParseDocument(wxString& text);
+    const wchar_t* Chars() const;
     size_t Here() const;
-    void MoveTo(size_t pos);
+    bool IsHere(const wchar_t* ascii) const;
     void Step(int count);
+    Run StringHere() const;
     Run WordHere() const;
-    Run QuotedHere() const;
     Run NumberHere() const;
     Run LiteralHere() const;
-    bool Take(const Run& run, wxString& str, bool eatIt);
-    void ReadValue(wxString& value);
+    bool Take(const Run& run, bool eatIt, wxString& str);
     void ParsePair(wxTTSSimpleHtmlTag* tag);
     wxTTSSimpleHtmlTag* ParseNamed(int type);
     wxTTSSimpleHtmlTag* ParseEntity();
