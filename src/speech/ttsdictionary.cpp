@@ -150,7 +150,7 @@ bool wxTTSTransformer::LoadFile(const wxString& filename)
 {
     Clear();
     wxTextFile file;
-    if (!file.Open(filename))
+    if (filename.empty() || !file.Open(filename))
         return false;
     for (size_t i = 0; i < file.GetLineCount(); ++i) {
         const wxString& line = file.GetLine(i);

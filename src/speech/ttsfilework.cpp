@@ -30,7 +30,7 @@ void AppendLine(std::string& bytes, const wxString& line)
 bool OpenTextFile(wxTextFile& file, const wxString& filename)
 {
     const wxLogNull noLog;
-    return file.Open(filename);
+    return !filename.empty() && file.Open(filename);
 }
 
 void CopyTextFile(const wxString& from, const wxString& to)

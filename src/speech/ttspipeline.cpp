@@ -149,7 +149,7 @@ bool wxTTSTransformer::TransformString(const wxString& input, wxString& output, 
     SubstitutionLookup ownLookup(m_strings, m_replacements, m_dirty ? nullptr : &m_index);
     SubstitutionLookup& lookup = m_dirty && m_lookup ? *m_lookup : ownLookup;
     const std::wstring& text = input.ToStdWstring();
-    std::wstring result;
+    wxString result;
     std::wstring word;
     wxString key;
     size_t copied = 0; // up to here the text is in the result
@@ -164,8 +164,8 @@ bool wxTTSTransformer::TransformString(const wxString& input, wxString& output, 
             continue;
         if (!replaced)
             result.reserve(text.size() + text.size() / 8);
-        result.append(text, copied, start - copied);
-        result += replacement->ToStdWstring();
+        result.append(text.data() + copied, start - copied);
+        result.append(*replacement);
         copied = at;
         replaced = true;
     }
@@ -173,8 +173,8 @@ bool wxTTSTransformer::TransformString(const wxString& input, wxString& output, 
         output = input;
         return false;
     }
-    result.append(text, copied, std::wstring::npos);
-    output = std::move(result);
+    result.append(text.data() + copied, text.size() - copied);
+    output.swap(result);
     return true;
 }
 
