@@ -30,7 +30,7 @@ public:
     void Write(const wchar_t* ascii) { m_pieces += ascii; }
     void Write(const wxString& text)
     {
-        if (!text.IsAscii()) {
+        if (!IsAscii(text)) {
             Flush();
             m_stream.WriteString(text);
             return;

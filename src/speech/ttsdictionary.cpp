@@ -13,39 +13,42 @@ using namespace qxspeech;
 namespace qxspeech
 {
 
-const wxString* FindInIndex(const wxTTSTransformer::StringIndex& index, const wxArrayString& replacements,
-                            const wxString& key)
+const wxString* FindInIndex(const SubstitutionIndex& index, const wxArrayString& replacements, const wchar_t* key,
+                            size_t length)
 {
-    const auto entry = index.find(key);
+    const size_t position = index.Find(key, length);
     // Entries may have gone through the arrays themselves, with nobody having told.
-    return entry != index.end() && entry->second < replacements.size() ? &replacements[entry->second] : nullptr;
+    return position < replacements.size() ? &replacements[position] : nullptr;
 }
 
-const wxString* SubstitutionLookup::Find(const wxString& key)
+const wxString* SubstitutionLookup::Find(const std::wstring& key)
 {
     if (m_index)
-        return FindInIndex(*m_index, m_replacements, key);
+        return FindInIndex(*m_index, m_replacements, key.data(), key.size());
     if (m_searchesLeft > 0)
         return FindInOrder(key);
-    return FindInIndex(m_table, m_replacements, key);
+    return FindInIndex(m_table, m_replacements, key.data(), key.size());
 }
 
-const wxString* SubstitutionLookup::FindInOrder(const wxString& key)
+const wxString* SubstitutionLookup::FindInOrder(const std::wstring& key)
 {
     if (--m_searchesLeft == 0)
         MakeTable();
-    const int position = m_strings.Index(key, true, false);
+    const int position = m_strings.Index(wxString(key), true, false);
     return position == wxNOT_FOUND ? nullptr : &m_replacements[static_cast<size_t>(position)];
 }
 
 void SubstitutionLookup::MakeTable()
 {
-    m_table.reserve(m_strings.size());
+    m_table.Reserve(m_strings.size());
     for (size_t i = 0; i < m_strings.size(); ++i)
-        m_table.emplace(m_strings[i], i);
+        m_table.Add(m_strings[i], i, false);
 }
 
 } // namespace qxspeech
+
+wxTTSTransformer::wxTTSTransformer() = default;
+wxTTSTransformer::~wxTTSTransformer() = default;
 
 wxTTSTransformer::wxTTSTransformer(const wxTTSTransformer& other)
     : m_strings(other.m_strings), m_replacements(other.m_replacements), m_index(other.m_index), m_dirty(other.m_dirty),
@@ -84,7 +87,7 @@ void wxTTSTransformer::Clear()
 {
     m_strings.Clear();
     m_replacements.Clear();
-    m_index.clear();
+    m_index.Clear();
     MarkChanged();
 }
 
@@ -92,10 +95,10 @@ void wxTTSTransformer::Index()
 {
     if (!m_dirty)
         return;
-    m_index.clear();
-    m_index.reserve(m_strings.size());
+    m_index.Clear();
+    m_index.Reserve(m_strings.size());
     for (size_t i = 0; i < m_strings.size(); ++i)
-        m_index[m_strings[i]] = i;
+        m_index.Add(m_strings[i], i, true);
     m_dirty = false;
 }
 
@@ -130,7 +133,7 @@ void wxTTSTransformer::RemoveString(size_t position)
 const wxString* wxTTSTransformer::FindReplacement(const wxString& key) const
 {
     if (!m_dirty)
-        return FindInIndex(m_index, m_replacements, key);
+        return FindInIndex(m_index, m_replacements, key.wc_str(), key.length());
     const int position = m_strings.Index(key, true, false);
     return position == wxNOT_FOUND ? nullptr : &m_replacements[static_cast<size_t>(position)];
 }

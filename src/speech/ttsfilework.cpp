@@ -7,13 +7,28 @@
 #include <wx/log.h>
 #include <wx/textfile.h>
 
+#include "speech/ttstextfile.h"
+
 namespace qxspeech
 {
+
+bool IsAscii(const wxString& text)
+{
+    unsigned long bits = 0;
+    for (const wchar_t c : text.ToStdWstring())
+        bits |= static_cast<unsigned long>(c);
+    return bits < 0x80;
+}
 
 void AppendLine(std::string& bytes, const wxString& line)
 {
     static const wxString lineEnd = wxTextFile::GetEOL();
     const auto append = [&bytes](const wxString& text) {
+        if (IsAscii(text)) {
+            const std::wstring& characters = text.ToStdWstring();
+            bytes.append(characters.begin(), characters.end());
+            return;
+        }
         const wxScopedCharBuffer utf8 = text.utf8_str();
         bytes.append(utf8.data(), utf8.length());
     };
@@ -31,6 +46,24 @@ bool OpenTextFile(wxTextFile& file, const wxString& filename)
 {
     const wxLogNull noLog;
     return !filename.empty() && file.Open(filename);
+}
+
+bool IsReadable(const wxString& filename)
+{
+    const wxLogNull noLog;
+    wxFile file;
+    char byte = 0;
+    return !filename.empty() && file.Open(filename) && file.Read(&byte, 1) != wxInvalidOffset;
+}
+
+bool ReadLines(const wxString& filename, wxString& text)
+{
+    const wxLogNull noLog;
+    if (!IsReadable(filename))
+        return false;
+    if (!qxReadTextFile(filename, wxConvAuto(), text))
+        text.clear();
+    return true;
 }
 
 void CopyTextFile(const wxString& from, const wxString& to)

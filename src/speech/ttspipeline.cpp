@@ -5,7 +5,6 @@
 
 #include <wx/filefn.h>
 #include <wx/log.h>
-#include <wx/textfile.h>
 #include <wx/txtstrm.h>
 #include <wx/wxcrt.h>
 
@@ -24,6 +23,9 @@ constexpr int kHtmlConversions =
 constexpr int kConversions = kHtmlConversions | wxTTS_TRANSFORM_TEXT_TO_SAPI | wxTTS_TRANSFORM_TEXT_TO_SSML;
 constexpr int kNotForNative =
     wxTTS_TRANSFORM_STRIP_TITLE | wxTTS_TRANSFORM_SIMPLIFY_PUNCTUATION | wxTTS_TRANSFORM_STRIP_XML_HEAD;
+
+// What may change a line.
+constexpr int kLineOptions = wxTTS_TRANSFORM_SUBSTITUTE | kNotForNative;
 
 // The lower case of ASCII letters and digits, 0 for the other ASCII characters.
 constexpr std::array<wchar_t, 0x80> MakeWordTable()
@@ -151,15 +153,13 @@ bool wxTTSTransformer::TransformString(const wxString& input, wxString& output, 
     const std::wstring& text = input.ToStdWstring();
     wxString result;
     std::wstring word;
-    wxString key;
     size_t copied = 0; // up to here the text is in the result
     bool replaced = false;
     for (size_t at = 0; at < text.size();) {
         const size_t start = NextWord(text, at, word);
         if (word.empty())
             break;
-        key.assign(word.data(), word.size());
-        const wxString* const replacement = lookup.Find(key);
+        const wxString* const replacement = lookup.Find(word);
         if (!replacement)
             continue;
         if (!replaced)
@@ -187,13 +187,15 @@ bool wxTTSTransformer::TransformFile(const wxString& inputFile, const wxString& 
         CopyTextFile(inputFile, outputFile);
         return true;
     }
+    if (!(options & kLineOptions))
+        return IsReadable(inputFile) && CopyOrConvert(inputFile, outputFile, options);
     std::string bytes;
     {
-        wxTextFile file;
-        if (!OpenTextFile(file, inputFile))
+        wxString text;
+        if (!ReadLines(inputFile, text))
             return false;
-        if (!TransformLines(file, options, bytes)) {
-            file.Close();
+        if (!TransformLines(text, options, bytes)) {
+            text = wxString();
             return CopyOrConvert(inputFile, outputFile, options);
         }
     }
@@ -206,15 +208,17 @@ bool wxTTSTransformer::TransformFile(const wxString& inputFile, const wxString& 
     return true;
 }
 
-bool wxTTSTransformer::TransformLines(wxTextFile& file, int options, std::string& bytes)
+bool wxTTSTransformer::TransformLines(const wxString& text, int options, std::string& bytes)
 {
     SubstitutionLookup lookup(m_strings, m_replacements, nullptr);
     const Loan loan(m_lookup, m_dirty ? &lookup : nullptr);
-    const size_t count = file.GetLineCount();
+    const std::wstring& characters = text.ToStdWstring();
     bool anyChanged = false;
+    wxString line;
     wxString result;
-    for (size_t i = 0; i < count; ++i) {
-        wxString& line = file.GetLine(i);
+    for (size_t start = 0, end = 0; start <= characters.size(); start = end + 1) {
+        end = std::min(characters.find(L'\n', start), characters.size());
+        line.assign(characters.data() + start, end - start);
         bool changed = false;
         if ((options & wxTTS_TRANSFORM_SUBSTITUTE) && TransformString(line, result, wxTTS_TRANSFORM_SUBSTITUTE)) {
             line.swap(result);
@@ -223,8 +227,9 @@ bool wxTTSTransformer::TransformLines(wxTextFile& file, int options, std::string
         changed |= FilterLine(line, options);
         if (changed && !anyChanged) {
             anyChanged = true;
-            for (size_t before = 0; before < i; ++before)
-                AppendLine(bytes, file.GetLine(before));
+            bytes.reserve(characters.size() + characters.size() / 4);
+            if (start > 0)
+                AppendLine(bytes, text.substr(0, start - 1));
         }
         if (anyChanged)
             AppendLine(bytes, line);

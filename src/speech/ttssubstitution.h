@@ -14,8 +14,7 @@ class SubstitutionLookup
 {
 public:
     // index: null for a dictionary that is dirty. Nothing is owned.
-    SubstitutionLookup(const wxArrayString& strings, const wxArrayString& replacements,
-                       const wxTTSTransformer::StringIndex* index)
+    SubstitutionLookup(const wxArrayString& strings, const wxArrayString& replacements, const SubstitutionIndex* index)
         : m_strings(strings), m_replacements(replacements), m_index(index)
     {
     }
@@ -23,21 +22,21 @@ public:
     SubstitutionLookup& operator=(const SubstitutionLookup&) = delete;
 
     // The replacement of a key in lower case, owned by the dictionary; null without one.
-    const wxString* Find(const wxString& key);
+    const wxString* Find(const std::wstring& key);
 
 private:
-    const wxString* FindInOrder(const wxString& key);
+    const wxString* FindInOrder(const std::wstring& key);
     void MakeTable();
 
     const wxArrayString& m_strings;
     const wxArrayString& m_replacements;
-    const wxTTSTransformer::StringIndex* m_index;
-    wxTTSTransformer::StringIndex m_table; // first key wins
+    const SubstitutionIndex* m_index;
+    SubstitutionIndex m_table; // first key wins
     int m_searchesLeft = 16;
 };
 
-// The element that an index names, null if there is none.
-const wxString* FindInIndex(const wxTTSTransformer::StringIndex& index, const wxArrayString& replacements,
-                            const wxString& key);
+// The replacement that an index names, null if there is none.
+const wxString* FindInIndex(const SubstitutionIndex& index, const wxArrayString& replacements, const wchar_t* key,
+                            size_t length);
 
 } // namespace qxspeech

@@ -3,23 +3,54 @@
 #define QXSPEECH_SPEECH_TTSTRANSFORMER_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
-#include <unordered_map>
+#include <vector>
 #include <wx/arrstr.h>
-#include <wx/hashmap.h>
 #include <wx/string.h>
 
 #include "common/export.h"
 #include "speech/ttstransformoptions.h"
 
 class WXDLLIMPEXP_FWD_BASE wxOutputStream;
-class WXDLLIMPEXP_FWD_BASE wxTextFile;
 class WXDLLIMPEXP_FWD_BASE wxTextOutputStream;
 
 namespace qxspeech
 {
+
 class SubstitutionLookup;
-}
+
+// From the keys of a dictionary to positions. Keys lie in one block of text, so that a look-up touches little memory
+// and needs no string of its own. Belongs to its transformer.
+class SubstitutionIndex
+{
+public:
+    static constexpr size_t kNone = static_cast<size_t>(-1);
+
+    void Clear();
+    void Reserve(size_t keys);
+    // An equal key that is there already gets the new position only with `replace`.
+    void Add(const wxString& key, size_t position, bool replace);
+    // kNone for an absent key.
+    size_t Find(const wchar_t* key, size_t length) const;
+
+private:
+    struct Slot {
+        std::uint32_t hash = 0;
+        std::uint32_t length = 0; // characters of the key
+        size_t start = 0;         // in m_text
+        size_t position = kNone;  // kNone in a free slot
+    };
+
+    size_t FindSlot(const wchar_t* key, size_t length, std::uint32_t hash) const;
+    void Resize(size_t slots);
+
+    std::vector<Slot> m_slots; // a power of two, at least twice the keys
+    std::wstring m_text;
+    size_t m_count = 0;
+};
+
+} // namespace qxspeech
 
 // A list of pronunciation substitutions and the pipeline that applies them. Made and owned by the host, which hands it
 // to the front object with wxTextToSpeech::SetTransformer and keeps it alive as long as it is set there. No lock: it is
@@ -30,11 +61,11 @@ class SubstitutionLookup;
 class QXSPEECH_API wxTTSTransformer
 {
 public:
-    wxTTSTransformer() = default;
+    wxTTSTransformer();
     // A copy stands alone: it answers from its own texts whatever becomes of the original.
     wxTTSTransformer(const wxTTSTransformer& other);
     wxTTSTransformer& operator=(const wxTTSTransformer& other);
-    virtual ~wxTTSTransformer() = default;
+    virtual ~wxTTSTransformer();
 
     // Removes all entries; "dirty" and "modified" are set.
     virtual void Clear();
@@ -105,13 +136,10 @@ public:
     // Replaces every occurrence of a character; whether there was one.
     static bool ReplaceChar(wxString& str, const wchar_t& from, const wchar_t& to);
 
-    // From a key to the position of its replacement.
-    using StringIndex = std::unordered_map<wxString, size_t, wxStringHash, wxStringEqual>;
-
 protected:
     wxArrayString m_strings;
     wxArrayString m_replacements;
-    StringIndex m_index; // exactly the keys of m_strings while not dirty
+    qxspeech::SubstitutionIndex m_index; // exactly the keys of m_strings while not dirty
     bool m_dirty = true;
     bool m_modified = false;
     wxString m_usageDescription;
@@ -120,9 +148,9 @@ private:
     void MarkChanged();
     // The replacement of a key in lower case, or null.
     const wxString* FindReplacement(const wxString& key) const;
-    // Applies substitutions and filters to the lines; if one changed, `bytes` is the whole new file and the result
-    // true.
-    bool TransformLines(wxTextFile& file, int options, std::string& bytes);
+    // Applies substitutions and filters to the lines of a text; if one changed, `bytes` is the whole new file and the
+    // result true.
+    bool TransformLines(const wxString& text, int options, std::string& bytes);
     bool CopyOrConvert(const wxString& inputFile, const wxString& outputFile, int options);
     void ConvertRewritten(const wxString& outputFile, int options);
 
