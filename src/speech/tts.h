@@ -8,6 +8,7 @@
 #include "speech/ttshtmlparser.h"
 #include "speech/ttsproperties.h"
 #include "speech/ttssettings.h"
+#include "speech/ttstransformer.h"
 #include "speech/ttstransformoptions.h"
 #include "speech/ttsvoiceinfo.h"
 

@@ -5,7 +5,9 @@
 #include <wx/filefn.h>
 #include <wx/log.h>
 
+#include "speech/qxtexttospeech.h"
 #include "speech/texttospeech.h"
+#include "speech/ttstransformer.h"
 
 wxIMPLEMENT_ABSTRACT_CLASS(wxTTSHandler, wxEvtHandler);
 
@@ -310,9 +312,15 @@ wxTTSTransformer* wxTTSHandler::GetTransformer() const
     return m_textToSpeech ? m_textToSpeech->GetTransformer() : nullptr;
 }
 
-wxString wxTTSHandler::DoTransformation(const wxString& filename, int)
+wxString wxTTSHandler::DoTransformation(const wxString& filename, int options)
 {
-    return filename;
+    wxTTSTransformer* const transformer = GetTransformer();
+    if (!transformer || options == 0)
+        return filename;
+    m_tempInputFile = QXTextToSpeech::CreateTempFile("speechinputfile");
+    // A failure shows as a file that cannot be spoken.
+    transformer->TransformFile(filename, m_tempInputFile, options);
+    return m_tempInputFile;
 }
 
 void wxTTSHandler::DeleteTempFile()

@@ -181,7 +181,8 @@ public:
     // The transformer of the front object, owned by the host; null without either.
     wxTTSTransformer* GetTransformer() const;
 
-    // The name of the file to speak for the given one.
+    // The name of the file to speak for the given one: itself if there is no transformer or no option, else a temporary
+    // file, which stays until DeleteTempFile. Empty if the host has set no maker of temporary files.
     wxString DoTransformation(const wxString& filename, int options);
     // Removes the temporary input file from disk, if there is one, and forgets it.
     void DeleteTempFile();

@@ -3,7 +3,8 @@
 cmake_minimum_required(VERSION 3.20)
 set(required
     QXSingleton<QXTextToSpeech> QXTTSSettings QXTTSVoiceInfo QXTextToSpeech wxTTSHandler wxTTSProperties wxTTSProperty
-    wxTTSPropertyCategory wxTTSSpeechSettingsInfo wxTextToSpeech)
+    wxTTSPropertyCategory wxTTSSimpleHtmlAttribute wxTTSSimpleHtmlParser wxTTSSimpleHtmlTag wxTTSSpeechSettingsInfo
+    wxTTSTransformer wxTextToSpeech)
 set(allowed ${required} wxJSONDocument wxJSONRefData wxJSONValue wxJSONWriter wxTTSSapiHandler)
 
 execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY} OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
