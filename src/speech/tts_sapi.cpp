@@ -7,6 +7,7 @@
 #include "speech/sapilogic.h"
 #include "speech/sapitoken.h"
 #include "speech/texttospeech.h"
+#include "speech/ttstransformer.h"
 
 wxIMPLEMENT_DYNAMIC_CLASS(wxTTSSapiHandler, wxTTSHandler);
 
@@ -296,7 +297,12 @@ wxString wxTTSSapiHandler::PrepareInput(const wxString& text, bool isFile, int t
 {
     if (isFile)
         return DoTransformation(text, transformerOptions);
-    return text;
+    wxTTSTransformer* const transformer = GetTransformer();
+    if (!transformer)
+        return text;
+    wxString result;
+    transformer->TransformString(text, result, transformerOptions); // the options are not looked at there
+    return result;
 }
 
 // A file that cannot be bound is not reported: the speech goes to the voice's former output, and the call counts as
