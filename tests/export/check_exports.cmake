@@ -4,7 +4,8 @@ cmake_minimum_required(VERSION 3.20)
 set(required
     QXSingleton<QXTextToSpeech> QXTTSSettings QXTTSVoiceInfo QXTextToSpeech wxTTSHandler wxTTSProperties wxTTSProperty
     wxTTSPropertyCategory wxTTSSpeechSettingsInfo wxTextToSpeech)
-set(allowed ${required} wxJSONDocument wxJSONRefData wxJSONValue wxJSONWriter wxTTSSapiHandler)
+set(allowed ${required} wxJSONDocument wxJSONRefData wxJSONValue wxJSONWriter
+    wxTTSSapiHandler wxTTSSimpleHtmlAttribute wxTTSSimpleHtmlParser wxTTSSimpleHtmlTag)
 
 execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY} OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
 string(REPLACE ";" "," listing "${listing}")

@@ -85,6 +85,18 @@ TEST_F(Instance, IsOneUntilItIsDestroyed)
     EXPECT_EQ(QXTextToSpeech::Get()->GetEngine().GetErrorCode(), 0) << "a new one";
 }
 
+TEST_F(Instance, StartsWithTheEnginesInOrderTheLocalOneCurrentAndInItsDefaults)
+{
+    wxTextToSpeech& front = QXTextToSpeech::Get()->GetEngine();
+    EXPECT_EQ(wxJoin(front.GetEngineIds(), ','), "Microsoft SAPI");
+    EXPECT_EQ(front.GetEngine(), "Microsoft SAPI");
+    EXPECT_EQ(front.GetPropertyString("Input format"), "Text");
+    EXPECT_EQ(front.GetPropertyBool("Simplify punctuation"), 0);
+    front.SetPriority(4);
+    QXTextToSpeech::DestroyInstance();
+    EXPECT_EQ(QXTextToSpeech::Get()->GetEngine().GetPriority(), 0) << "new handlers";
+}
+
 TEST_F(Instance, TakesAHostsOwnEngine)
 {
     wxTextToSpeech& front = QXTextToSpeech::Get()->GetEngine();
