@@ -54,6 +54,7 @@ TEST(Singleton, IsBuiltOnceByManyThreadsAndAgainAfterItsEnd)
     std::atomic<bool> go{false};
     std::vector<Counted*> seen(8);
     std::vector<std::thread> threads;
+    threads.reserve(seen.size());
     for (Counted*& instance : seen) {
         threads.emplace_back([&instance, &go] {
             while (!go)
