@@ -421,7 +421,7 @@ TEST(FrontObject, FindsTheEncodingInTheFirst400Bytes)
         {"marker ends at byte 400", pad.substr(0, 391) + "charset=x" + "y", "x", "", false},
         {"marker crosses byte 400", pad.substr(0, 392) + "charset=utf-8", "", "", false},
         {"beyond", pad + "charset=utf-8 encoding=\"x\" <?xml", "", "", false},
-        {"behind a zero byte", std::string("a\0charset=utf-8 encoding=\"x\" <?xml", 35), "", "", false},
+        {"behind a zero byte", std::string("a\0charset=utf-8 encoding=\"x\" <?xml", 34), "", "", false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.label);

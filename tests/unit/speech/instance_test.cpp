@@ -54,6 +54,7 @@ TEST(Singleton, IsBuiltOnceByManyThreadsAndAgainAfterItsEnd)
     std::atomic<bool> go{false};
     std::vector<Counted*> seen(8);
     std::vector<std::thread> threads;
+    threads.reserve(seen.size());
     for (Counted*& instance : seen) {
         threads.emplace_back([&instance, &go] {
             while (!go)
@@ -83,6 +84,18 @@ TEST_F(Instance, IsOneUntilItIsDestroyed)
     instance->GetEngine().SetErrorCode(5);
     QXTextToSpeech::DestroyInstance();
     EXPECT_EQ(QXTextToSpeech::Get()->GetEngine().GetErrorCode(), 0) << "a new one";
+}
+
+TEST_F(Instance, StartsWithTheEnginesInOrderTheLocalOneCurrentAndInItsDefaults)
+{
+    wxTextToSpeech& front = QXTextToSpeech::Get()->GetEngine();
+    EXPECT_EQ(wxJoin(front.GetEngineIds(), ','), "Microsoft SAPI");
+    EXPECT_EQ(front.GetEngine(), "Microsoft SAPI");
+    EXPECT_EQ(front.GetPropertyString("Input format"), "Text");
+    EXPECT_EQ(front.GetPropertyBool("Simplify punctuation"), 0);
+    front.SetPriority(4);
+    QXTextToSpeech::DestroyInstance();
+    EXPECT_EQ(QXTextToSpeech::Get()->GetEngine().GetPriority(), 0) << "new handlers";
 }
 
 TEST_F(Instance, TakesAHostsOwnEngine)
