@@ -56,7 +56,7 @@ void SetBytes(benchmark::State& state, size_t bytes)
 void Read(benchmark::State& state)
 {
     const wxString text = wxString::FromUTF8(Input(state));
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         wxJSONDocument document;
         benchmark::DoNotOptimize(document.Parse(text).Size());
     }
@@ -66,7 +66,7 @@ void Read(benchmark::State& state)
 // As a handler gets an answer: bytes first.
 void ReadFromUtf8(benchmark::State& state)
 {
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         wxJSONDocument document;
         benchmark::DoNotOptimize(document.Parse(wxString::FromUTF8(Input(state))).Size());
     }
@@ -75,7 +75,7 @@ void ReadFromUtf8(benchmark::State& state)
 
 void ReadNlohmann(benchmark::State& state)
 {
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         const nlohmann::json document = nlohmann::json::parse(Input(state));
         benchmark::DoNotOptimize(document.size());
     }
@@ -84,7 +84,7 @@ void ReadNlohmann(benchmark::State& state)
 
 void ReadRapidJson(benchmark::State& state)
 {
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         rapidjson::Document document;
         document.Parse(Input(state).c_str());
         benchmark::DoNotOptimize(document.Size());
@@ -98,7 +98,7 @@ void Write(benchmark::State& state)
     wxJSONDocument document;
     document.Parse(wxString::FromUTF8(Input(state)));
     wxString text;
-    for (auto _ : state)
+    while (state.KeepRunning())
         wxJSONWriter(0, 0, 3).Write(document, text);
     SetBytes(state, text.utf8_str().length());
 }
@@ -107,7 +107,7 @@ void WriteNlohmann(benchmark::State& state)
 {
     const nlohmann::json document = nlohmann::json::parse(Input(state));
     std::string text;
-    for (auto _ : state)
+    while (state.KeepRunning())
         text = document.dump();
     SetBytes(state, text.size());
 }
@@ -117,7 +117,7 @@ void WriteRapidJson(benchmark::State& state)
     rapidjson::Document document;
     document.Parse(Input(state).c_str());
     size_t bytes = 0;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         rapidjson::StringBuffer buffer;
         rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
         document.Accept(writer);

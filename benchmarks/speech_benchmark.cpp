@@ -1,6 +1,5 @@
 // Local speech beside its peers: whole programs, the first samples, the library's load time. MIT licence.
 #include <chrono>
-#include <cstdio>
 #include <fstream>
 #include <string>
 #include <sys/wait.h>
@@ -123,29 +122,9 @@ void LoadLibrary(benchmark::State& state)
     RunEach(state, {QX_LOADER, QX_LIBRARY});
 }
 
-// What the library itself asks the loader for.
-std::vector<std::string> DirectDependencies(const std::string& library)
-{
-    std::vector<std::string> names;
-    FILE* const list = popen(("readelf -d '" + library + "'").c_str(), "r");
-    char line[512];
-    while (list && std::fgets(line, sizeof(line), list)) {
-        const std::string text = line;
-        const size_t open = text.find('[');
-        const size_t close = text.find(']');
-        if (text.find("(NEEDED)") != std::string::npos && open < close && close != std::string::npos)
-            names.push_back(text.substr(open + 1, close - open - 1));
-    }
-    if (list)
-        pclose(list);
-    return names;
-}
-
 void LoadDependencies(benchmark::State& state)
 {
-    std::vector<std::string> command = DirectDependencies(QX_LIBRARY);
-    command.insert(command.begin(), QX_LOADER);
-    RunEach(state, command);
+    RunEach(state, {QX_LOADER, QX_DEPENDENCIES});
 }
 
 BENCHMARK(SayToWav)->Unit(benchmark::kMillisecond)->UseRealTime();

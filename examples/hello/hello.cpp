@@ -5,13 +5,14 @@
 #include <wx/utils.h>
 
 #include "speech/tts.h"
+#include "speech/tts_sapi.h"
 
 int main()
 {
     wxInitializer wx;
     Pa_Initialize(); // the local voice plays through the host's PortAudio
     wxTextToSpeech& speech = QXSingleton<QXTextToSpeech>::Get()->GetEngine();
-    const bool started = speech.Speak("Hello, world.", 1, wxString());
+    const bool started = speech.Speak("Hello, world.", wxTTS_SPEAK_ASYNC, wxString());
     while (speech.IsSpeaking()) {
         wxYield(); // delivers the notice of the end
         wxMilliSleep(10);

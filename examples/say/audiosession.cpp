@@ -4,7 +4,6 @@
 #include <dlfcn.h>
 #include <portaudio.h>
 
-#include "console.h"
 #include "exitstatus.h"
 
 namespace say
@@ -38,16 +37,13 @@ void QuietSoundLibraries()
     SetHandler<int, AlsaErrorHandler>("libasound.so.2", "snd_lib_error_set_handler", IgnoreAlsaError);
     SetHandler<void, JackTextHandler>("libjack.so.0", "jack_set_error_function", IgnoreJackText);
     SetHandler<void, JackTextHandler>("libjack.so.0", "jack_set_info_function", IgnoreJackText);
-    // PortAudio itself, and JACK before its first client, print without asking.
-    SilenceStandardError();
 }
 
 } // namespace
 
-AudioSession::AudioSession(bool quiet)
+AudioSession::AudioSession()
 {
-    if (quiet)
-        QuietSoundLibraries();
+    QuietSoundLibraries();
     const PaError error = Pa_Initialize();
     if (error != paNoError)
         throw Failure{kExitNoDevice, wxString("the audio system does not start: ") + Pa_GetErrorText(error) +

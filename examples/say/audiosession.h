@@ -6,12 +6,12 @@ namespace say
 {
 
 // Starts PortAudio, and ends it. Must outlive the speech instance. The constructor throws Failure (kExitNoDevice)
-// without an output device. quiet keeps what the sound libraries print off standard error; only a program may decide
-// that, never a library.
+// without an output device. It asks the sound systems below to print nothing: a program may decide that for its
+// process, a library never.
 class AudioSession
 {
 public:
-    explicit AudioSession(bool quiet);
+    AudioSession();
     ~AudioSession();
     AudioSession(const AudioSession&) = delete;
     AudioSession& operator=(const AudioSession&) = delete;

@@ -58,6 +58,7 @@ void SecureStandardFiles()
         }
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 bool HasStandardOutput()
@@ -106,7 +107,8 @@ void SetUpLog(bool verbose)
         wxLog::SetLogLevel(wxLOG_FatalError);
         return;
     }
-    delete wxLog::SetActiveTarget(new ErrorLog);
+    // wxWidgets deletes the target when it ends.
+    delete wxLog::SetActiveTarget(new ErrorLog); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 
 } // namespace say

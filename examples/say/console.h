@@ -8,7 +8,7 @@ namespace say
 {
 
 // Call first of all: gives each closed standard descriptor a harmless file, so that no file opened later takes its
-// place, and ignores SIGPIPE.
+// place, and turns a closed pipe and a file-size limit from fatal signals into write errors.
 void SecureStandardFiles();
 // False if the program was started with standard output closed.
 bool HasStandardOutput();

@@ -68,13 +68,15 @@ void Say(const Options& options)
     if (options.hasOutput)
         output = std::make_unique<OutputTarget>(options.output);
     const wxString text = ReadText(options);
+    if (!options.verbose)
+        SilenceStandardError();        // sound libraries print there, some when a file is written, too
     std::optional<AudioSession> audio; // outlives the instance
     SpeechInstance instance;
     SelectEngine(instance.Engine(), options.engine);
     ApplySettings(instance.Engine(), options);
     // Last, so that a wrong command line is told as such on a machine without sound, too.
     if (!output)
-        audio.emplace(!options.verbose);
+        audio.emplace();
     SpeakToEnd(instance.Engine(), text, options, output.get());
     if (output)
         output->Commit();

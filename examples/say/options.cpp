@@ -113,18 +113,19 @@ void ReadSource(const wxCmdLineParser& parser, Options& options, bool inputIsTer
     const size_t count = parser.GetParamCount();
     if (hasFile && count > 0)
         Refuse("give the text as arguments or with -f, not both");
-    if (hasFile) {
-        options.source = options.file == "-" ? TextSource::kStandardInput : TextSource::kFile;
-    } else if (count == 1 && parser.GetParam(0) == "-") {
-        options.source = TextSource::kStandardInput;
-    } else if (count > 0) {
-        for (size_t i = 0; i < count; ++i)
-            options.text += (i > 0 ? " " : "") + ToBytes(parser.GetParam(i));
-    } else if (inputIsTerminal) {
+    const bool dash = hasFile ? options.file == "-" : count == 1 && parser.GetParam(0) == "-";
+    if (!hasFile && count == 0 && inputIsTerminal)
         Refuse("no text; give it as arguments, with -f FILE, or on standard input (see --help)");
-    } else {
+    if (dash || (!hasFile && count == 0)) {
         options.source = TextSource::kStandardInput;
+        return;
     }
+    if (hasFile) {
+        options.source = TextSource::kFile;
+        return;
+    }
+    for (size_t i = 0; i < count; ++i)
+        options.text += (i > 0 ? " " : "") + ToBytes(parser.GetParam(i));
 }
 
 Options Collect(const wxCmdLineParser& parser, bool inputIsTerminal)
@@ -165,6 +166,7 @@ Options ParseOptions(const std::vector<std::string>& arguments, bool inputIsTerm
     for (const std::string& argument : arguments)
         texts.push_back(FromBytes(argument));
     std::vector<wxChar*> pointers; // the parser copies the texts and changes nothing
+    pointers.reserve(texts.size());
     for (wxString& text : texts)
         pointers.push_back(const_cast<wxChar*>(text.wc_str()));
 

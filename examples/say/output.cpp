@@ -74,7 +74,7 @@ bool IsStandardOutput(const struct stat& info)
 std::string ResolveLinks(const std::string& path)
 {
     char* const resolved = realpath(path.c_str(), nullptr);
-    const std::string result = resolved ? resolved : path;
+    std::string result = resolved ? resolved : path;
     std::free(resolved);
     return result;
 }

@@ -9,6 +9,7 @@
 #include "exitstatus.h"
 #include "interrupt.h"
 #include "progress.h"
+#include "speech/tts_sapi.h"
 #include "terminal.h"
 #include "textinput.h"
 #include "values.h"
@@ -19,7 +20,6 @@ namespace say
 namespace
 {
 
-constexpr int kSpeakAsync = 0x1; // the engine returns at once and is polled
 constexpr int kPollMs = 10;
 
 struct Range {
@@ -69,7 +69,7 @@ public:
     {
         m_progress.Waiting(m_engine.GetEngine());
         ThrowIfInterrupted();
-        if (!m_engine.Speak(text, kSpeakAsync, file))
+        if (!m_engine.Speak(text, wxTTS_SPEAK_ASYNC, file))
             Refuse(file.empty());
         m_progress.Started();
         while (IsSpeaking()) {
@@ -151,6 +151,8 @@ private:
 void SelectEngine(wxTextToSpeech& engine, const wxString& name)
 {
     const wxArrayString ids = engine.GetEngineIds();
+    if (ids.empty())
+        throw Failure{kExitRefused, "this build of the library has no speech engine"};
     const wxString id = name.empty() ? engine.GetEngine() : FindEngineId(name, ids);
     if (id.empty())
         throw Failure{kExitUsage, "no engine \"" + name + "\"; there is " + DescribeEngines(ids)};

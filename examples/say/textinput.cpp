@@ -126,7 +126,8 @@ std::string ReadSource(const Options& options, wxString& name)
         name = wxString::FromUTF8(options.file.c_str());
         if (name.empty())
             name = "the input file";
-        return Input(open(options.file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY), name).ReadAll();
+        // Not to block on a FIFO that nobody writes to yet: poll waits for it, and a signal ends that.
+        return Input(open(options.file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK), name).ReadAll();
     case TextSource::kStandardInput:
         name = "standard input";
         return Input(STDIN_FILENO, name).ReadAll();

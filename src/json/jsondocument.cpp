@@ -2,6 +2,7 @@
 #include "json/jsondocument.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 
 #include <rapidjson/reader.h>
@@ -42,7 +43,11 @@ public:
     bool Uint(unsigned value) { return Uint64(value); }
     bool Int64(std::int64_t value) { return Number(wxJSONTYPE_INT, &wxJSONRefData::Number::m_valInt64, value); }
     bool Uint64(std::uint64_t value) { return Number(wxJSONTYPE_UINT, &wxJSONRefData::Number::m_valUInt64, value); }
-    bool Double(double value) { return Number(wxJSONTYPE_DOUBLE, &wxJSONRefData::Number::m_valDouble, value); }
+    bool Double(double value)
+    {
+        m_isTooBig = !std::isfinite(value);
+        return !m_isTooBig && Number(wxJSONTYPE_DOUBLE, &wxJSONRefData::Number::m_valDouble, value);
+    }
     bool RawNumber(const Ch*, rapidjson::SizeType, bool) { return false; } // not asked for by the flags
     bool String(const Ch* text, rapidjson::SizeType length, bool) { return Text(text, length); }
     bool StartObject() { return Start(wxJSONTYPE_OBJECT); }
@@ -59,6 +64,9 @@ public:
     bool StartArray() { return Start(wxJSONTYPE_ARRAY); }
     bool EndArray(rapidjson::SizeType) { return End(); }
 
+    // The reader refuses a number beyond the doubles, but a little beyond it may hand over infinity.
+    bool IsTooBig() const { return m_isTooBig; }
+
 private:
     bool Start(wxJSONType type);
     bool End();
@@ -68,8 +76,9 @@ private:
     bool Number(wxJSONType type, Field field, T value);
 
     // The objects of a list are alike, so the next one has probably as many members as the one that closed last.
-    static const size_t kMostLikelyMembers = 32;
+    static constexpr size_t kMostLikelyMembers = 32;
     size_t m_likelyMembers = 0;
+    bool m_isTooBig = false;
     wxJSONDocument& m_document;
 };
 
@@ -151,6 +160,8 @@ wxJSONValue& wxJSONDocument::Parse(const wxString& text)
     // The iterative reader calls a text empty too whose first token cannot start a value.
     if (m_errorCode == rapidjson::kParseErrorDocumentEmpty && characters[m_errorOffset] != L'\0')
         m_errorCode = rapidjson::kParseErrorValueInvalid;
+    if (handler.IsTooBig())
+        m_errorCode = rapidjson::kParseErrorNumberTooBig;
     m_stack.clear(); // its pointers hold only as long as nothing changes the values
     m_key.clear();
     return *this;

@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <limits>
+#include <utility>
 
 namespace
 {
@@ -182,6 +183,8 @@ wxJSONRefData* wxJSONValue::MakeOwn()
 
 wxJSONValue& wxJSONValue::operator=(const wxJSONValue& other)
 {
+    if (this == &other)
+        return *this;
     wxJSONRefData* const old = m_refData;
     m_refData = other.m_refData;
     if (m_refData != nullptr)
@@ -269,9 +272,9 @@ wxJSONValue wxJSONValue::ItemAt(unsigned index) const
 
 wxJSONValue& wxJSONValue::Append(const wxJSONValue& value)
 {
-    const wxJSONValue share(value); // the value may be this one or a member of it
+    wxJSONValue share(value); // the value may be this one or a member of it
     std::vector<wxJSONValue>& elements = SetType(wxJSONTYPE_ARRAY)->m_valArray;
-    elements.push_back(share);
+    elements.push_back(std::move(share));
     return elements.back();
 }
 

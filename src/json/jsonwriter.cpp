@@ -11,15 +11,16 @@ const wchar_t kNotUnicode[] = L"<wxJSONWriter::WriteStringValue(): error convert
 
 typedef std::make_unsigned_t<wchar_t> WideUnit;
 
+// No control character, quote, backslash or surrogate, nor beyond U+D7FF.
 bool IsPlain(WideUnit unit)
 {
-    return unit >= 0x20 && unit < 0xD800 && unit != L'"' && unit != L'\\';
+    return unit >= 0x20 && unit < 0xD800 && unit != 0x22 && unit != 0x5C;
 }
 
 // How many units from there form one character: 0 if none, so that UTF-8 cannot say it.
 size_t CharacterLength(const wchar_t* from, const wchar_t* end)
 {
-    const WideUnit unit = static_cast<WideUnit>(*from);
+    const WideUnit unit = static_cast<WideUnit>(*from); // NOLINT(bugprone-signed-char-misuse): both of one width
     if (unit < 0xD800 || unit > 0xDFFF)
         return unit <= 0x10FFFF ? 1 : 0;
     const bool isPair =
@@ -56,9 +57,9 @@ wchar_t ShortEscape(wchar_t unit)
 class wxJSONWriter::Output
 {
 public:
-    explicit Output(int& level) : m_level(level) {}
+    Output(wxString& text, int& level) : m_whole(text), m_level(level) {}
 
-    const std::wstring& Write(const wxJSONValue& root);
+    void Write(const wxJSONValue& root);
 
 private:
     // Where the walk through one container stands.
@@ -68,6 +69,7 @@ private:
         wxJSONMap::const_iterator member;
     };
 
+    void Flush();
     void Value(const wxJSONValue& value);
     void Open(const wxJSONRefData* body, wchar_t bracket);
     void Close(wchar_t bracket);
@@ -79,21 +81,33 @@ private:
     template <class... T>
     void Number(T... number);
 
-    std::wstring m_text;
+    // The text is handed on in pieces of about this size, which stay in the processor's cache.
+    static const size_t kPieceUnits = 16384;
+
+    wxString& m_whole;
+    std::wstring m_text; // what the whole does not have yet
     std::vector<Frame> m_frames;
     int& m_level;
 };
 
-const std::wstring& wxJSONWriter::Output::Write(const wxJSONValue& root)
+void wxJSONWriter::Output::Write(const wxJSONValue& root)
 {
     Value(root);
     while (!m_frames.empty()) {
+        if (m_text.size() >= kPieceUnits)
+            Flush();
         if (m_frames.back().body->m_type == wxJSONTYPE_ARRAY)
             NextElement();
         else
             NextMember();
     }
-    return m_text;
+    Flush();
+}
+
+void wxJSONWriter::Output::Flush()
+{
+    m_whole.append(m_text.data(), m_text.size());
+    m_text.clear();
 }
 
 void wxJSONWriter::Output::Open(const wxJSONRefData* body, wchar_t bracket)
@@ -172,7 +186,7 @@ void wxJSONWriter::Output::Value(const wxJSONValue& value)
 template <class... T>
 void wxJSONWriter::Output::Number(T... number)
 {
-    char buffer[32];
+    char buffer[32] = {};
     const std::to_chars_result end = std::to_chars(buffer, buffer + sizeof(buffer), number...);
     wchar_t wide[sizeof(buffer)];
     wchar_t* last = wide;
@@ -239,7 +253,6 @@ wxJSONWriter::wxJSONWriter(int style, int indent, int step)
 void wxJSONWriter::Write(const wxJSONValue& value, wxString& text)
 {
     m_level = 0;
-    Output output(m_level);
-    const std::wstring& written = output.Write(value);
-    text.assign(written.data(), written.size());
+    text.clear();
+    Output(text, m_level).Write(value);
 }

@@ -5,6 +5,8 @@
 #include <exception>
 #include <wx/tokenzr.h>
 
+#include "speech/tts_sapi.h"
+
 template class QXSingleton<QXTextToSpeech>;
 
 QXTTSAuthInfo QXTextToSpeech::m_sAuthInfo;
@@ -30,7 +32,13 @@ wxString EncodeForQuery(const wxString& value)
 
 } // namespace
 
-QXTextToSpeech::QXTextToSpeech() {}
+// The order in which a host sees the engines. The local one is current from the start, even if it did not start.
+QXTextToSpeech::QXTextToSpeech()
+{
+    wxTTSHandler* const local = new wxTTSSapiHandler;
+    RegisterEngine(local);
+    m_engine.SetCurrentHandler(local);
+}
 
 QXTextToSpeech::~QXTextToSpeech() {}
 

@@ -10,6 +10,7 @@
 #include <wx/wfstream.h>
 
 #include "common/letters.h"
+#include "speech/ttstagslab.h"
 #include "speech/ttstextfile.h"
 
 wxIMPLEMENT_CLASS(wxTTSSimpleHtmlParser, wxObject);
@@ -41,11 +42,14 @@ size_t FindCommentEnd(const wchar_t* chars, size_t begin, size_t end)
 
 } // namespace
 
-wxTTSSimpleHtmlParser::wxTTSSimpleHtmlParser() : m_topLevel(nullptr), m_position(0), m_length(0) {}
+wxTTSSimpleHtmlParser::wxTTSSimpleHtmlParser() : m_topLevel(nullptr), m_position(0), m_length(0), m_slabs(new TagSlabs)
+{
+}
 
 wxTTSSimpleHtmlParser::~wxTTSSimpleHtmlParser()
 {
     Clear();
+    delete m_slabs;
 }
 
 bool wxTTSSimpleHtmlParser::ParseString(const wxString& str)
@@ -78,6 +82,7 @@ void wxTTSSimpleHtmlParser::ParseDocument(wxString& text)
 void wxTTSSimpleHtmlParser::Clear()
 {
     delete m_topLevel;
+    m_slabs->Release();
     m_topLevel = nullptr;
     wxString().swap(m_text); // gives the memory back too
     m_position = 0;
@@ -294,10 +299,16 @@ wxTTSSimpleHtmlTag* wxTTSSimpleHtmlParser::ParseTagHeader()
     return ParseNamed(wxTTSTagOpen);
 }
 
+// Without a name yet: it is read in place.
+wxTTSSimpleHtmlTag* wxTTSSimpleHtmlParser::NewTag(int type)
+{
+    return new (*m_slabs) wxTTSSimpleHtmlTag(type);
+}
+
 // Name and attributes up to the bracket, which goes too.
 wxTTSSimpleHtmlTag* wxTTSSimpleHtmlParser::ParseNamed(int type)
 {
-    wxTTSSimpleHtmlTag* const tag = new wxTTSSimpleHtmlTag(wxString(), type);
+    wxTTSSimpleHtmlTag* const tag = NewTag(type);
     EatWhitespace(m_position);
     ReadWord(tag->m_name, true);
     EatWhitespace(m_position);
@@ -311,7 +322,7 @@ wxTTSSimpleHtmlTag* wxTTSSimpleHtmlParser::ParseNamed(int type)
 // One character goes behind the name whatever it is, even where the document has none left.
 wxTTSSimpleHtmlTag* wxTTSSimpleHtmlParser::ParseTagClose()
 {
-    wxTTSSimpleHtmlTag* const tag = new wxTTSSimpleHtmlTag(wxString(), wxTTSTagClose);
+    wxTTSSimpleHtmlTag* const tag = NewTag(wxTTSTagClose);
     if (IsTagClose())
         Step(2);
     EatWhitespace(m_position);
@@ -355,14 +366,14 @@ wxTTSSimpleHtmlTag* wxTTSSimpleHtmlParser::ParseEntity()
     const size_t begin = Here() + 1;
     const size_t length = static_cast<size_t>(m_length);
     const size_t end = FindChar(Chars(), L';', begin, length);
-    wxTTSSimpleHtmlTag* const tag = new wxTTSSimpleHtmlTag(wxString(), wxTTSTagEntity);
+    wxTTSSimpleHtmlTag* const tag = NewTag(wxTTSTagEntity);
     Take({true, begin, end, std::min(end + 1, length)}, true, tag->m_name);
     return tag;
 }
 
 wxTTSSimpleHtmlTag* wxTTSSimpleHtmlParser::ParseTextRun()
 {
-    wxTTSSimpleHtmlTag* const tag = new wxTTSSimpleHtmlTag(wxString(), wxTTSTagText);
+    wxTTSSimpleHtmlTag* const tag = NewTag(wxTTSTagText);
     tag->m_name.assign(L"TEXT", 4);
     ParseText(tag->m_text);
     return tag;

@@ -8,6 +8,7 @@
 #include "common/export.h"
 
 class WXDLLIMPEXP_FWD_BASE wxOutputStream;
+class TagSlabs;
 
 enum wxTTSSimpleHtmlTagType {
     wxTTSTagText = 0,      // a text run, named "TEXT"
@@ -63,6 +64,12 @@ public:
     wxTTSSimpleHtmlTag(const wxTTSSimpleHtmlTag&) = delete;
     wxTTSSimpleHtmlTag& operator=(const wxTTSSimpleHtmlTag&) = delete;
     ~wxTTSSimpleHtmlTag();
+
+    // A parser takes its tags from larger pieces of memory; delete fits every tag, whoever made it.
+    static void* operator new(size_t bytes);
+    static void* operator new(size_t bytes, TagSlabs& slabs);
+    static void operator delete(void* memory);
+    static void operator delete(void* memory, TagSlabs& slabs);
 
     // With the case of the document.
     const wxString& GetName() const { return m_name; }
@@ -125,6 +132,7 @@ public:
 private:
     friend class wxTTSSimpleHtmlParser;
 
+    explicit wxTTSSimpleHtmlTag(int type);
     void LinkAttribute(wxTTSSimpleHtmlAttribute* attribute);
     wxTTSSimpleHtmlTag* FindLastChild();
 
@@ -236,6 +244,7 @@ private:
     Run LiteralHere() const;
     bool Take(const Run& run, bool eatIt, wxString& str);
     void ParsePair(wxTTSSimpleHtmlTag* tag);
+    wxTTSSimpleHtmlTag* NewTag(int type);
     wxTTSSimpleHtmlTag* ParseNamed(int type);
     wxTTSSimpleHtmlTag* ParseEntity();
     wxTTSSimpleHtmlTag* ParseTextRun();
@@ -245,6 +254,7 @@ private:
     int m_position;                 // index of the next character; may pass the length by one
     int m_length;                   // characters of the document
     wxString m_text;
+    TagSlabs* m_slabs; // owned; memory for the tags to come
 };
 
 #endif

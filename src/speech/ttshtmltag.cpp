@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "common/letters.h"
+#include "speech/ttstagslab.h"
 #include "speech/ttsutf16sink.h"
 
 namespace
@@ -100,9 +101,11 @@ wxTTSSimpleHtmlAttribute::wxTTSSimpleHtmlAttribute(const wxString& name, const w
 
 wxTTSSimpleHtmlAttribute& wxTTSSimpleHtmlAttribute::operator=(const wxTTSSimpleHtmlAttribute& other)
 {
-    m_name = other.m_name;
-    m_value = other.m_value;
-    SetNextAttribute(other.m_next);
+    if (this != &other) {
+        m_name = other.m_name;
+        m_value = other.m_value;
+        SetNextAttribute(other.m_next);
+    }
     return *this;
 }
 
@@ -130,8 +133,13 @@ void wxTTSSimpleHtmlAttribute::Write(wxOutputStream& stream) const
     WriteAttribute(sink, *this);
 }
 
-wxTTSSimpleHtmlTag::wxTTSSimpleHtmlTag(const wxString& name, int type)
-    : m_name(name), m_type(type), m_attributes(nullptr), m_children(nullptr), m_next(nullptr), m_parent(nullptr),
+wxTTSSimpleHtmlTag::wxTTSSimpleHtmlTag(const wxString& name, int type) : wxTTSSimpleHtmlTag(type)
+{
+    m_name = name;
+}
+
+wxTTSSimpleHtmlTag::wxTTSSimpleHtmlTag(int type)
+    : m_type(type), m_attributes(nullptr), m_children(nullptr), m_next(nullptr), m_parent(nullptr),
       m_lastAttribute(nullptr), m_lastChild(nullptr), m_relinks(0)
 {
 }
@@ -140,6 +148,26 @@ wxTTSSimpleHtmlTag::~wxTTSSimpleHtmlTag()
 {
     ClearAttributes();
     ClearChildren();
+}
+
+void* wxTTSSimpleHtmlTag::operator new(size_t bytes)
+{
+    return AllocateTagMemory(bytes);
+}
+
+void* wxTTSSimpleHtmlTag::operator new(size_t bytes, TagSlabs& slabs)
+{
+    return slabs.Allocate(bytes);
+}
+
+void wxTTSSimpleHtmlTag::operator delete(void* memory)
+{
+    FreeTagMemory(memory);
+}
+
+void wxTTSSimpleHtmlTag::operator delete(void* memory, TagSlabs&)
+{
+    FreeTagMemory(memory);
 }
 
 bool wxTTSSimpleHtmlTag::NameIs(const wxString& name) const

@@ -17,7 +17,11 @@ class QXSPEECH_API QXTTSSettings
 public:
     QXTTSSettings();
     QXTTSSettings(const QXTTSSettings& other) = default;
-    void operator=(const QXTTSSettings& other) { Copy(other); }
+    void operator=(const QXTTSSettings& other)
+    {
+        if (&other != this)
+            Copy(other);
+    }
     // Copies all fields; the copy acts on the same front object.
     void Copy(const QXTTSSettings& other);
     // Rates, front object and the voice's handler id back to their defaults; the rest of the voice and the list stay.
@@ -46,7 +50,11 @@ class QXSPEECH_API wxTTSSpeechSettingsInfo
 public:
     wxTTSSpeechSettingsInfo();
     wxTTSSpeechSettingsInfo(const wxTTSSpeechSettingsInfo& other) = default;
-    void operator=(const wxTTSSpeechSettingsInfo& other) { Copy(other); }
+    void operator=(const wxTTSSpeechSettingsInfo& other)
+    {
+        if (&other != this)
+            Copy(other);
+    }
     // Copies all fields; the copy acts on the same front object.
     void Copy(const wxTTSSpeechSettingsInfo& other);
     // Everything but the engine id back to its default.

@@ -94,13 +94,6 @@ bool SameSettings(const termios& a, const termios& b)
            std::memcmp(a.c_cc, b.c_cc, sizeof(a.c_cc)) == 0;
 }
 
-// The program has turned line mode off, so it looks at keys.
-bool TakesKeys(int terminal)
-{
-    termios now = {};
-    return tcgetattr(terminal, &now) == 0 && (now.c_lflag & ICANON) == 0;
-}
-
 } // namespace
 
 ChildProcess::Result ChildProcess::Run() const
@@ -131,7 +124,7 @@ ChildProcess::Result ChildProcess::Run() const
     const auto deadline = std::chrono::steady_clock::now() + kLimit;
     for (bool running = true; running;) {
         running = waitpid(pid, &state, WNOHANG) == 0;
-        if (typed < input.size() && (!onTerminal || TakesKeys(in.theirs))) {
+        if (typed < input.size() && result.err.find(typeAfter) != std::string::npos) {
             const ssize_t count = write(in.ours, input.data() + typed, input.size() - typed);
             typed += count > 0 ? static_cast<size_t>(count) : 0;
         }

@@ -14,7 +14,8 @@ struct ChildProcess {
     std::vector<std::string> arguments; // the first is the program's path
     std::string input;                  // what standard input holds
     Output output = Output::kCaptured;
-    bool onTerminal = false;   // standard input and error are a terminal, and input is typed once the program waits
+    bool onTerminal = false;   // standard input and error are a terminal, on which input is typed
+    std::string typeAfter;     // the input waits until standard error holds this
     bool unprivileged = false; // as nobody, if the tests run as root
     // Called again and again with the process id while the program runs; for signals.
     std::function<void(pid_t)> whileRunning;

@@ -1,8 +1,9 @@
 // Like the common main, but the program can also run as the speaking child of its own tests. MIT licence.
+#include "support/run_tests.h"
+
 #include <clocale>
 #include <cstdio>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <wx/init.h>
 
 int SpeakForever(const char* path, const char* sentences);
@@ -16,5 +17,5 @@ int main(int argc, char** argv)
     if (argc == 4 && std::strcmp(argv[1], "--speak-forever") == 0)
         return SpeakForever(argv[2], argv[3]);
     testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
+    return RunTests();
 }

@@ -3,14 +3,16 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 #include "childprocess.h"
+#include "support/run_tests.h"
 
 namespace
 {
@@ -266,6 +268,25 @@ TEST_F(SayCli, SignalStopsTheFileAndLeavesTheTarget)
     }
 }
 
+TEST_F(SayCli, SignalEndsTheWaitForInput)
+{
+    ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
+    ChildProcess child = Say({"-o", Out("a.wav"), "-f", Path("fifo")});
+    int writer = -1;
+    child.whileRunning = [&](pid_t pid) {
+        if (writer >= 0)
+            return;
+        writer = open(Path("fifo").c_str(), O_WRONLY | O_NONBLOCK); // succeeds once the program reads
+        if (writer >= 0)
+            kill(pid, SIGINT);
+    };
+    const Result result = child.Run();
+    EXPECT_GE(writer, 0);
+    close(writer);
+    EXPECT_EQ(result.status, 130);
+    EXPECT_TRUE(OutNames().empty());
+}
+
 TEST_F(SayCli, KeyStopsAndTheTerminalIsRestored)
 {
     WriteFile(Path("long.txt"), LongText());
@@ -273,10 +294,10 @@ TEST_F(SayCli, KeyStopsAndTheTerminalIsRestored)
         SCOPED_TRACE(keys);
         ChildProcess child = Say({"--progress", "-o", Out("a.wav"), "-f", Path("long.txt")}, keys);
         child.onTerminal = true;
+        child.typeAfter = "writing";
         const Result result = child.Run();
-        EXPECT_EQ(result.status, 130);
+        EXPECT_EQ(result.status, 130) << result.err;
         EXPECT_TRUE(result.terminalRestored);
-        EXPECT_NE(result.err.find("writing"), std::string::npos) << result.err;
         EXPECT_TRUE(OutNames().empty());
     }
 }
@@ -324,12 +345,32 @@ TEST_F(SayCli, ListsVoicesByLanguage)
     EXPECT_NE(Run({"--list-engines"}).out.find("Microsoft SAPI"), std::string::npos);
 }
 
-TEST_F(SayCli, VerboseShowsTheLogOnStandardErrorOnly)
+TEST_F(SayCli, SpeechThatDoesNotFitIsAFileError)
 {
-    EXPECT_EQ(Run({"--version"}).err, "");
-    const Result result = Run({"--verbose", "-o", Out("a.wav"), "Hello."});
-    EXPECT_EQ(result.status, 0);
+    WriteFile(Out("a.wav"), "precious");
+    WriteFile(Path("long.txt"), LongText());
+    ChildProcess child;
+    child.arguments = {
+        "/bin/sh",       "-c", "ulimit -f 1000; exec \"$0\" \"$@\"", QX_SAY_PROGRAM, "-o", Out("a.wav"), "-f",
+        Path("long.txt")};
+    const Result result = child.Run();
+    EXPECT_EQ(result.status, 4);
+    EXPECT_EQ(Lines(result.err), 1U) << result.err;
+    EXPECT_EQ(ReadFile(Out("a.wav")), "precious");
+    EXPECT_EQ(OutNames(), std::vector<std::string>{"a.wav"});
+}
+
+TEST_F(SayCli, LogIsShownOnRequestOnly)
+{
+    const std::string record = "Error Code: -2147200958"; // malformed markup
+    const Arguments arguments = {"-o", Out("a.wav"), "--input", "native", "<a>"};
+    EXPECT_EQ(Run(arguments).err.find(record), std::string::npos);
+    Arguments verbose = arguments;
+    verbose.insert(verbose.begin(), "--verbose");
+    const Result result = Run(verbose);
+    EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err.find(record), std::string::npos) << result.err;
 }
 
 TEST_F(SayCli, UnprivilegedUserIsRefusedByAReadOnlyFolder)
@@ -353,5 +394,5 @@ int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
     std::signal(SIGPIPE, SIG_IGN);
-    return RUN_ALL_TESTS();
+    return RunTests();
 }

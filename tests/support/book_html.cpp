@@ -90,7 +90,7 @@ private:
 
     void Sentence()
     {
-        Words(6 + Random(10));
+        Words(7 + Random(14));
         if (Random(12) == 0) {
             const std::string name = Pick(kInline, Random(100));
             m_text += " <" + name + ">";
@@ -105,7 +105,7 @@ private:
     void Paragraph()
     {
         m_text += Random(4) == 0 ? "<p class=\"first\" align=left>" : "<p>";
-        for (size_t i = 2 + Random(6); i > 0; --i)
+        for (size_t i = 2 + Random(8); i > 0; --i)
             Sentence();
         m_text += Random(6) == 0 ? "<br>\n&nbsp;</p>\n" : "</p>\n";
     }

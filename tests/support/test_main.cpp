@@ -1,7 +1,8 @@
 // Starts a test program as a console host would: locale from the environment, wxWidgets started, no display. MIT
 // licence.
+#include "support/run_tests.h"
+
 #include <clocale>
-#include <gtest/gtest.h>
 #include <wx/init.h>
 #include <wx/log.h>
 
@@ -14,5 +15,5 @@ int main(int argc, char** argv)
         fprintf(stderr, "wxWidgets did not start\n");
         return 1;
     }
-    return RUN_ALL_TESTS();
+    return RunTests();
 }

@@ -42,6 +42,7 @@ TEST(JsonDocument, TextAndWhatIsBuiltFromIt)
         {"beyond 64 bits", L"[18446744073709551616,-9223372036854775809,1e3]", 0,
          L"[1.844674407e+19,-9.223372037e+18,1000]"},
         {"number too large", L"[1,1e999]", 13, L"[1]"},
+        {"number a little too large", L"[1,1.7976962697246314e308]", 13, L"[1]"},
         {"leading plus", L"[+1]", 3, L"[]"},
         {"null is text", L"{\"a\":null}", 0, L"{\"a\":\"null\"}"},
         {"white space", L" \t\r\n[ \t\r\n] \t\r\n", 0, L"[]"},
@@ -74,6 +75,8 @@ TEST(JsonDocument, TextAndWhatIsBuiltFromIt)
         {"high surrogate alone", L"[\"\\uD83Dx\"]", 9, L"[]"},
         {"control character in a string", L"[\"a\nb\"]", 10, L"[]"},
         {"escaped nul", L"[\"a\\u0000b\"]", 0, L"[\"a\\u0000b\"]"},
+        {"low surrogate alone", L"[\"\\udc00\"]", 0,
+         L"[\"<wxJSONWriter::WriteStringValue(): error converting the string to a UTF8 buffer>\"]"},
         {"bad escape", L"[\"\\x\"]", 10, L"[]"},
         {"bad hexadecimal", L"[\"\\u00zz\"]", 8, L"[]"},
     };

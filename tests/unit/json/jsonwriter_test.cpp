@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "json/jsondocument.h"
+
 namespace
 {
 
@@ -61,6 +63,15 @@ TEST(JsonWriter, DoublesAreWrittenAsTenSignificantDigits)
         std::setlocale(LC_NUMERIC, before.c_str());
         EXPECT_EQ(WrittenFrom(number), expected);
     }
+}
+
+// Ten digits of the largest doubles make a number beyond them, which the reader refuses; so does what follows it.
+TEST(JsonWriter, LargestDoubleDoesNotReadBack)
+{
+    wxJSONDocument document;
+    const wxString text = Written(document.Parse("[1.7976931348623157e308]"));
+    EXPECT_EQ(text, "[1.797693135e+308]");
+    EXPECT_EQ(Written(document.Parse(text)), "[]");
 }
 
 TEST(JsonWriter, StringsAreEscapedOnlyWhereJsonAsksForIt)

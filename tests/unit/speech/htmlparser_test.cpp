@@ -1,6 +1,8 @@
 // The HTML parser: what documents become, tags by hand, writing, files. MIT licence.
 #include "speech/ttshtmlparser.h"
 
+#include <algorithm>
+#include <ctime>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -75,6 +77,29 @@ std::string FileBytes(const std::string& name)
 {
     std::ifstream file(name, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Processor seconds for one parse and its end, the least of three.
+double Cost(const wxString& html)
+{
+    double least = 1e9;
+    for (int i = 0; i < 3; ++i) {
+        const std::clock_t start = std::clock();
+        {
+            wxTTSSimpleHtmlParser parser;
+            parser.ParseString(html);
+        }
+        least = std::min(least, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+    }
+    return least;
+}
+
+wxString Repeated(const wxString& unit, size_t count)
+{
+    std::wstring text;
+    for (size_t i = 0; i < count; ++i)
+        text += unit.ToStdWstring();
+    return text;
 }
 
 } // namespace
@@ -359,9 +384,53 @@ TEST(HtmlParser, ReadingWhatWasWrittenGivesTheSameTags)
     EXPECT_EQ(Parsed(WrittenText(parser)), chain);
 }
 
+TEST(HtmlParser, TagsTakenOverOutliveTheirParser)
+{
+    std::unique_ptr<Tag> kept(new Tag("kept", wxTTSTagTopLevel));
+    std::unique_ptr<Tag> step;
+    {
+        wxTTSSimpleHtmlParser parser;
+        parser.ParseString(Utf8(MakeBookHtml(BookHtml()).c_str()));
+        step.reset(parser.ParseTagClose());
+        kept->SetChildren(parser.GetTopLevelTag()->GetChildren());
+        parser.GetTopLevelTag()->SetChildren(nullptr);
+    }
+    const int count = kept->GetChildCount();
+    kept->AppendTag(step.release());
+    kept->AppendTag(new Tag("own", wxTTSTagOpen));
+    EXPECT_EQ(kept->GetChildCount(), count + 2);
+    EXPECT_EQ(kept->GetChild(count + 1)->GetName(), "own");
+}
+
+TEST(HtmlParser, CostGrowsWithTheLengthOnly)
+{
+    struct Row {
+        const char* label;
+        const char* head;
+        const char* unit;
+    };
+    const Row rows[] = {
+        {"entities", "", "&amp;"},
+        {"attributes", "<a ", "b=1 "},
+        {"comment without an end", "<!--", "- --x"},
+        {"quote without an end", "<a x=\"", "a b>"},
+        {"text", "", "a & b;"},
+        {"blanks", "", " \t\n"},
+        {"sibling tags", "", "<br>"},
+        {"opening brackets", "", "<"},
+        {"ampersands within text", "x", "&"},
+        {"comments without an end, each", "", "<!-"},
+    };
+    for (const Row& row : rows) {
+        const double once = Cost(row.head + Repeated(row.unit, 10000));
+        // Eight times the input; quadratic cost would be sixty-four times as high.
+        EXPECT_LT(Cost(row.head + Repeated(row.unit, 80000)), 24 * once + 0.02) << row.label;
+    }
+}
+
 TEST(HtmlTag, DepthAndLengthOfTreesNeedNoStack)
 {
-    constexpr int kCount = 1000000;
+    constexpr int kCount = 300000;
     Tag root("root", wxTTSTagTopLevel);
     Tag* deepest = &root;
     for (int i = 0; i < kCount; ++i) {

@@ -1,0 +1,81 @@
+// The local engine: speaks with the system's own voices, without a network. MIT licence.
+#ifndef QXSPEECH_SPEECH_TTS_SAPI_H
+#define QXSPEECH_SPEECH_TTS_SAPI_H
+
+#include "speech/ttshandler.h"
+
+// Bits of a speak call's options. Without ASYNC and WAIT the call blocks until the speech has ended.
+enum wxTTSSpeakOption : int {
+    wxTTS_SPEAK_ASYNC = 0x1, // the call returns at once; IsSpeaking closes an output file at the end of the speech
+    wxTTS_SPEAK_CLOSE_OUTPUT = 0x2, // an output file is closed as soon as the voice has taken the text
+    wxTTS_SPEAK_WAIT = 0x4 // with an output file the call waits for the end, serving the host's events meanwhile
+};
+
+// Engine "Microsoft SAPI": drives one voice of the system. Made by the host or the process-wide instance, owned by the
+// front object from AddHandler on. All calls come on the thread that called Initialize, and the end of speech is
+// noticed only while that thread takes its messages: in the host's event loop, in the waiting of a speak call, in Stop.
+// Until Initialize has succeeded it lists no voices and every speak call answers false without a message.
+//
+// Speed -10 to 10 and volume 0 to 100 are the voice's own; "Pitch" is kept but not applied. Pauses count: as many
+// Resume calls end them. The only failure that has a message is that of the voice's own speak call.
+class QXSPEECH_API wxTTSSapiHandler : public wxTTSHandler
+{
+    wxDECLARE_DYNAMIC_CLASS(wxTTSSapiHandler);
+
+public:
+    wxTTSSapiHandler();
+    wxTTSSapiHandler(const wxTTSSapiHandler&) = delete;
+    wxTTSSapiHandler& operator=(const wxTTSSapiHandler&) = delete;
+    // Lets go of voice and output file; ends no speech, Uninitialize does.
+    ~wxTTSSapiHandler() override;
+
+    // Makes the voice, reads the installed voices (later ones are not seen), and stores the system voice's settings in
+    // "Speed", "Volume" and "Voice". False where there is no speech system.
+    bool Initialize() override;
+    bool Uninitialize() override;
+
+    bool Speak(const wxString& text, int options, const wxString& outputFile) override;
+    bool SpeakFile(const wxString& filename, int options, const wxString& outputFile) override;
+    // Both speak calls: text is the text itself or the name of the file that holds it.
+    virtual bool DoSpeak(const wxString& text, bool isFile, int options, const wxString& outputFile);
+
+    // While the speech goes to a file: true until the file is closed. With ASYNC it waits up to 10 ms for the end and
+    // closes the file then; without, only Stop or the next speak call does.
+    bool IsSpeaking() const override;
+    bool IsPaused() const override;
+    // True if nothing had to be stopped.
+    bool Stop() override;
+    bool Pause() override;
+    bool Resume() override;
+    // By sentences, whatever the type says.
+    bool Skip(int count, wxTTSSkipType type) override;
+    bool CanSkip() const override;
+    bool HasCapability(wxTTSCapability capability) const override;
+
+    QXTTSVoiceInfo GetDefaultVoice() const override;
+    std::vector<QXTTSVoiceInfo> GetAvailableVoices() const override;
+    wxString GetDefaultVoiceVariant() const override;
+    int GetMinSpeed() const override;
+    int GetMaxSpeed() const override;
+    int GetMinVolume() const override;
+    int GetMaxVolume() const override;
+    int GetMinPitch() const override;
+    int GetMaxPitch() const override;
+
+private:
+    struct Output;
+    struct Engine;
+
+    void ReadDefaults();
+    void ListVoices();
+    void ApplyVoice(const wxString& name);
+    void ApplyRates();
+    wxString PrepareInput(const wxString& text, bool isFile, int transformerOptions);
+    void BindOutput(const wxString& outputFile);
+    void WaitForOutput();
+    QXTTSVoiceInfo DescribeVoice(const wxString& name, const wxString& language) const;
+
+    Engine* m_engine; // owned
+};
+
+#endif
