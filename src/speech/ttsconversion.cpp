@@ -106,8 +106,9 @@ Element FindElement(const wxString& name)
 // A numeric entity may name what is no character; no encoding has it.
 bool IsEncodable(wchar_t character)
 {
-    const auto code = static_cast<unsigned long>(character);
-    return code <= 0x10FFFF && (sizeof(wchar_t) == 2 || code < 0xD800 || code > 0xDFFF);
+    if (sizeof(wchar_t) == 2)
+        return true;
+    return character >= 0 && character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
 }
 
 // One walk along a document's tags.

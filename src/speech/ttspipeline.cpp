@@ -1,6 +1,7 @@
 // Substitution in strings and the way of a file through filters and conversion. MIT licence.
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <string>
 
 #include <wx/filefn.h>
@@ -31,35 +32,41 @@ constexpr int kLineOptions = wxTTS_TRANSFORM_SUBSTITUTE | kNotForNative;
 constexpr std::array<wchar_t, 0x80> MakeWordTable()
 {
     std::array<wchar_t, 0x80> table{};
-    for (wchar_t c = L'0'; c <= L'9'; ++c)
-        table[static_cast<size_t>(c)] = c;
-    for (wchar_t c = L'a'; c <= L'z'; ++c) {
-        table[static_cast<size_t>(c)] = c;
-        table[static_cast<size_t>(c - L'a' + L'A')] = c;
+    for (std::uint32_t c = '0'; c <= '9'; ++c)
+        table[c] = static_cast<wchar_t>(c);
+    for (std::uint32_t c = 'a'; c <= 'z'; ++c) {
+        table[c] = static_cast<wchar_t>(c);
+        table[c - 'a' + 'A'] = static_cast<wchar_t>(c);
     }
     return table;
+}
+
+constexpr std::uint32_t CodeOf(wchar_t c)
+{
+    return static_cast<std::uint32_t>(c);
 }
 
 // The character of a word in lower case, 0 for one that belongs to no word.
 wchar_t WordCharacter(wchar_t c)
 {
     static constexpr std::array<wchar_t, 0x80> kAscii = MakeWordTable();
-    if (static_cast<unsigned long>(c) < kAscii.size())
-        return kAscii[static_cast<size_t>(c)];
+    if (CodeOf(c) < kAscii.size())
+        return kAscii[CodeOf(c)];
     return qxIsAlnum(c) ? qxToLower(c) : L'\0';
 }
 
 // Moves `at` over what belongs to no word and then over a word, whose lower case becomes `key`; where the word starts.
 size_t NextWord(const std::wstring& text, size_t& at, std::wstring& key)
 {
-    wchar_t c = L'\0';
-    while (at < text.size() && !(c = WordCharacter(text[at])))
+    while (at < text.size() && !WordCharacter(text[at]))
         ++at;
     const size_t start = at;
     key.clear();
-    while (at < text.size() && (c = WordCharacter(text[at]))) {
+    for (; at < text.size(); ++at) {
+        const wchar_t c = WordCharacter(text[at]);
+        if (!c)
+            break;
         key += c;
-        ++at;
     }
     return start;
 }
