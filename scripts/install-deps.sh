@@ -5,7 +5,7 @@ set -euo pipefail
 
 build="g++ cmake ninja-build pkg-config libwxgtk3.2-dev libcpprest-dev libssl-dev rapidjson-dev portaudio19-dev
     libespeak-ng-dev espeak-ng-data libswresample-dev libavutil-dev libasound2-dev libasound2-plugins ccache"
-check="$build libgtest-dev libgmock-dev pulseaudio pulseaudio-utils procps binutils"
+check="$build libgtest-dev libgmock-dev pulseaudio pulseaudio-utils procps binutils locales"
 all="$check clang clang-format clang-tidy libclang-rt-14-dev g++-mingw-w64-x86-64-posix nlohmann-json3-dev
     libbenchmark-dev libxml2-dev espeak-ng"
 
