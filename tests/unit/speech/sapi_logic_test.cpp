@@ -59,11 +59,19 @@ TEST(SapiLogic, LanguageIsTheFirstHexadecimalItem)
         const char* value;
         DWORD language;
     } rows[] = {
-        {"409", 0x409},           {"409;9", 0x409},   {"0C0a", 0x0C0A}, {"0407;0007;409", 0x407},
-        {"12345678", 0x12345678}, {"00409;9", kNone}, // a first item of five characters: the whole value is read, and
-                                                      // is no number
-        {"123456789", kNone},     {"40 9", kNone},    {"0x409", kNone}, {"en-US", kNone},
-        {";409", kNone},          {"", kNone},
+        {"409", 0x409},
+        {"409;9", 0x409},
+        {"0C0a", 0x0C0A},
+        {"0407;0007;409", 0x407},
+        {"12345678", 0x12345678},
+        {"00409;9", kNone}, // a first item of five characters: the whole value is read, and
+                            // is no number
+        {"123456789", kNone},
+        {"40 9", kNone},
+        {"0x409", kNone},
+        {"en-US", kNone},
+        {";409", kNone},
+        {"", kNone},
     };
     for (const auto& row : rows) {
         DWORD language = kNone;
