@@ -19,20 +19,6 @@ namespace
 int g_errors = STDERR_FILENO; // the real standard error
 bool g_outputClosed = false;
 
-bool WriteAll(int file, const std::string& text)
-{
-    size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t written = write(file, text.data() + done, text.size() - done);
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return false;
-        done += static_cast<size_t>(written);
-    }
-    return true;
-}
-
 std::string Utf8(const wxString& text)
 {
     return std::string(text.utf8_str());
@@ -61,6 +47,20 @@ void SecureStandardFiles()
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+int WriteAll(int file, const std::string& bytes)
+{
+    size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return written < 0 ? errno : ENOSPC;
+        done += static_cast<size_t>(written);
+    }
+    return 0;
+}
+
 bool HasStandardOutput()
 {
     return !g_outputClosed;
@@ -85,8 +85,9 @@ void PrintOutput(const wxString& text)
 {
     if (g_outputClosed)
         throw Failure{kExitFile, "standard output is closed"};
-    if (!WriteAll(STDOUT_FILENO, Utf8(text)))
-        throw Failure{kExitFile, "standard output: " + wxString::FromUTF8(std::strerror(errno))};
+    const int error = WriteAll(STDOUT_FILENO, Utf8(text));
+    if (error != 0)
+        throw Failure{kExitFile, "standard output: " + wxString::FromUTF8(std::strerror(error))};
 }
 
 void SilenceStandardError()

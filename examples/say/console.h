@@ -2,6 +2,7 @@
 #ifndef QXSPEECH_EXAMPLES_SAY_CONSOLE_H
 #define QXSPEECH_EXAMPLES_SAY_CONSOLE_H
 
+#include <string>
 #include <wx/string.h>
 
 namespace say
@@ -10,6 +11,8 @@ namespace say
 // Call first of all: gives each closed standard descriptor a harmless file, so that no file opened later takes its
 // place, and turns a closed pipe and a file-size limit from fatal signals into write errors.
 void SecureStandardFiles();
+// Writes all of it, whatever signals come; the system's error number, 0 for none.
+int WriteAll(int file, const std::string& bytes);
 // False if the program was started with standard output closed.
 bool HasStandardOutput();
 

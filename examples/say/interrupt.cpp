@@ -18,8 +18,12 @@ namespace
 std::atomic<bool> g_endRequested{false};
 std::atomic<bool> g_haltRequested{false};
 std::atomic<const termios*> g_terminal{nullptr};
-std::atomic<bool> g_hasFile{false};
-char g_file[PATH_MAX]; // complete while g_hasFile is set
+
+struct RegisteredFile {
+    std::atomic<bool> isSet{false};
+    char path[PATH_MAX]; // complete while isSet
+};
+RegisteredFile g_files[8];
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const termios*>::is_always_lock_free);
 
 void OnEndSignal(int)
@@ -28,8 +32,9 @@ void OnEndSignal(int)
         return;
     if (const termios* settings = g_terminal)
         tcsetattr(STDIN_FILENO, TCSANOW, settings);
-    if (g_hasFile)
-        unlink(g_file);
+    for (const RegisteredFile& file : g_files)
+        if (file.isSet)
+            unlink(file.path);
     _exit(kExitInterrupted);
 }
 
@@ -101,11 +106,20 @@ void RegisterTerminal(const termios* settings)
 
 void RegisterTemporaryFile(const std::string& path)
 {
-    g_hasFile = false;
-    if (path.empty() || path.size() >= sizeof(g_file))
+    for (RegisteredFile& file : g_files) {
+        if (file.isSet || path.size() >= sizeof(file.path))
+            continue;
+        std::memcpy(file.path, path.c_str(), path.size() + 1);
+        file.isSet = true;
         return;
-    std::memcpy(g_file, path.c_str(), path.size() + 1);
-    g_hasFile = true;
+    }
+}
+
+void ForgetTemporaryFile(const std::string& path)
+{
+    for (RegisteredFile& file : g_files)
+        if (file.isSet && path == file.path)
+            file.isSet = false;
 }
 
 } // namespace say

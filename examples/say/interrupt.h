@@ -22,9 +22,11 @@ void ThrowIfInterrupted();
 bool TakeHaltRequest();
 void HaltProcess();
 
-// What the second signal has to put in order. Null and empty: nothing. The settings must outlive their registration.
+// What the second signal has to put in order. Null: nothing. The settings must outlive their registration.
 void RegisterTerminal(const termios* settings);
+// Files that it removes; a few at a time, further ones are passed over.
 void RegisterTemporaryFile(const std::string& path);
+void ForgetTemporaryFile(const std::string& path);
 
 } // namespace say
 

@@ -14,8 +14,10 @@
 #include "interrupt.h"
 #include "options.h"
 #include "output.h"
+#include "preparation.h"
 #include "speaker.h"
 #include "speech/tts.h"
+#include "temporaryfiles.h"
 #include "textinput.h"
 #include "voices.h"
 
@@ -52,32 +54,34 @@ void List(const Options& options)
         PrintError(options.language.empty() ? wxString("no voices") : "no voice for language " + options.language);
 }
 
-void RefuseHtml(const Options& options)
+void SaveText(const Options& options)
 {
-    if (options.inputForm != InputForm::kHtml)
-        return;
-    throw Failure{kExitUsage, options.hasInputForm
-                                  ? wxString("HTML input is not supported yet")
-                                  : "HTML input is not supported yet; --input text reads the file as it stands"};
+    OutputTarget output(options.saveText, OutputTarget::Content::kText);
+    const TemporaryFiles files;
+    Preparation preparation(options);
+    output.WriteText(std::string(preparation.ForReading(ReadText(options)).utf8_str()));
+    output.Commit();
 }
 
 void Say(const Options& options)
 {
-    RefuseHtml(options);
     std::unique_ptr<OutputTarget> output;
     if (options.hasOutput)
-        output = std::make_unique<OutputTarget>(options.output);
+        output = std::make_unique<OutputTarget>(options.output, OutputTarget::Content::kSpeech);
+    const TemporaryFiles files; // these three outlive the instance
+    Preparation preparation(options);
     const wxString text = ReadText(options);
     if (!options.verbose)
-        SilenceStandardError();        // sound libraries print there, some when a file is written, too
-    std::optional<AudioSession> audio; // outlives the instance
+        SilenceStandardError(); // sound libraries print there, some when a file is written, too
+    std::optional<AudioSession> audio;
     SpeechInstance instance;
     SelectEngine(instance.Engine(), options.engine);
     ApplySettings(instance.Engine(), options);
+    instance.Engine().SetTransformer(&preparation.Transformer());
     // Last, so that a wrong command line is told as such on a machine without sound, too.
     if (!output)
         audio.emplace();
-    SpeakToEnd(instance.Engine(), text, options, output.get());
+    SpeakToEnd(instance.Engine(), preparation.ForSpeech(text), options, output.get());
     if (output)
         output->Commit();
 }
@@ -92,6 +96,8 @@ void Run(const std::vector<std::string>& arguments)
         PrintOutput("qxspeech-say " QXSPEECH_VERSION_STRING "\n");
     else if (options.listEngines || options.listVoices)
         List(options);
+    else if (options.hasSaveText)
+        SaveText(options);
     else
         Say(options);
 }

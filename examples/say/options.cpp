@@ -27,7 +27,15 @@ const wxCmdLineEntryDesc kEntries[] = {
      0},
     {wxCMD_LINE_OPTION, nullptr, "pitch", "pitch, as for --rate", wxCMD_LINE_VAL_STRING, 0},
     {wxCMD_LINE_OPTION, nullptr, "volume", "volume, as for --rate", wxCMD_LINE_VAL_STRING, 0},
-    {wxCMD_LINE_OPTION, nullptr, "input", "text, ssml or native (the engine's own markup); guessed from a file's name",
+    {wxCMD_LINE_OPTION, nullptr, "input",
+     "text, html, ssml or native (the engine's own markup); guessed from a file's name", wxCMD_LINE_VAL_STRING, 0},
+    {wxCMD_LINE_OPTION, nullptr, "dict", "replace words by this dictionary's, one line WORD,REPLACEMENT each",
+     wxCMD_LINE_VAL_STRING, 0},
+    {wxCMD_LINE_SWITCH, nullptr, "no-dict", "use no dictionary, --dict or not", wxCMD_LINE_VAL_NONE, 0},
+    {wxCMD_LINE_SWITCH, nullptr, "simplify-punctuation", "typographic quotes, dashes and dots become plain ones",
+     wxCMD_LINE_VAL_NONE, 0},
+    {wxCMD_LINE_SWITCH, nullptr, "headings", "with HTML, announce headings with their level", wxCMD_LINE_VAL_NONE, 0},
+    {wxCMD_LINE_OPTION, nullptr, "save-text", "write the prepared text instead of speaking (- is standard output)",
      wxCMD_LINE_VAL_STRING, 0},
     {wxCMD_LINE_SWITCH, nullptr, "progress", "show what goes on, if standard error is a terminal", wxCMD_LINE_VAL_NONE,
      0},
@@ -92,8 +100,19 @@ std::string ReadBytes(const wxCmdLineParser& parser, const char* name, bool* fou
     if (found)
         *found = isFound;
     if (isFound && text.empty())
-        Refuse(wxString("-") + name + ": the name is empty");
+        Refuse(wxString(name[1] ? "--" : "-") + name + ": the name is empty");
     return ToBytes(text);
+}
+
+void ReadPreparation(const wxCmdLineParser& parser, Options& options)
+{
+    options.dictionary = ReadBytes(parser, "dict");
+    options.noDictionary = parser.Found("no-dict");
+    options.simplifyPunctuation = parser.Found("simplify-punctuation");
+    options.headings = parser.Found("headings");
+    options.saveText = ReadBytes(parser, "save-text", &options.hasSaveText);
+    if (options.hasSaveText && options.hasOutput)
+        Refuse("--save-text does not speak; give it without -o");
 }
 
 void ReadInputForm(const wxCmdLineParser& parser, Options& options)
@@ -149,12 +168,15 @@ Options Collect(const wxCmdLineParser& parser, bool inputIsTerminal)
     ReadQuantity(parser, "pitch", options.pitch);
     ReadQuantity(parser, "volume", options.volume);
     options.output = ReadBytes(parser, "o", &options.hasOutput);
+    ReadPreparation(parser, options);
     const bool lists = options.listVoices || options.listEngines;
     if (lists && parser.GetParamCount() > 0)
         Refuse("a list takes no text");
     if (!lists)
         ReadSource(parser, options, inputIsTerminal);
     ReadInputForm(parser, options);
+    if (!lists && options.headings && options.inputForm != InputForm::kHtml)
+        Refuse("--headings goes with HTML (--input html)");
     return options;
 }
 

@@ -25,14 +25,20 @@ struct Options {
     bool json = false;
     bool hasInputForm = false;
     bool hasOutput = false;
+    bool hasSaveText = false;
+    bool noDictionary = false;
+    bool simplifyPunctuation = false;
+    bool headings = false;
     InputForm inputForm = InputForm::kText; // also when guessed from the file's extension
     TextSource source = TextSource::kArguments;
-    std::string text;   // the arguments joined by blanks, bytes as they were given
-    std::string file;   // of kFile, the path's bytes
-    std::string output; // the path's bytes; "-" is standard output
-    wxString engine;    // empty: the library's choice
-    wxString voice;     // empty: the engine's choice
-    wxString language;  // empty: every language
+    std::string text;       // the arguments joined by blanks, bytes as they were given
+    std::string file;       // of kFile, the path's bytes
+    std::string output;     // the path's bytes; "-" is standard output
+    std::string dictionary; // the path's bytes; empty: none
+    std::string saveText;   // as output
+    wxString engine;        // empty: the library's choice
+    wxString voice;         // empty: the engine's choice
+    wxString language;      // empty: every language
     Quantity rate;
     Quantity pitch;
     Quantity volume;

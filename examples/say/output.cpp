@@ -15,6 +15,7 @@
 #include "console.h"
 #include "exitstatus.h"
 #include "interrupt.h"
+#include "temporaryfiles.h"
 
 namespace say
 {
@@ -51,12 +52,6 @@ std::string FolderOf(const std::string& path)
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-std::string TemporaryFolder()
-{
-    const char* const folder = std::getenv("TMPDIR");
-    return folder && *folder ? folder : "/tmp";
-}
-
 mode_t NewFileMode()
 {
     const mode_t mask = umask(0);
@@ -87,7 +82,8 @@ bool IsUtf8(const std::string& path)
 
 } // namespace
 
-OutputTarget::OutputTarget(const std::string& path) : m_name(wxString::FromUTF8(path.c_str()))
+OutputTarget::OutputTarget(const std::string& path, Content content)
+    : m_name(wxString::FromUTF8(path.c_str())), m_content(content)
 {
     if (m_name.empty())
         m_name = "the output file";
@@ -162,7 +158,8 @@ void OutputTarget::ChooseWayToExisting(const std::string& path)
 
 bool OutputTarget::MakeTemporaryFile(const std::string& folder, mode_t mode)
 {
-    const std::string pattern = folder + "/.qxspeech-XXXXXX.wav";
+    const std::string pattern =
+        folder + (m_content == Content::kText ? "/.qxspeech-XXXXXX.txt" : "/.qxspeech-XXXXXX.wav");
     std::vector<char> name(pattern.c_str(), pattern.c_str() + pattern.size() + 1);
     const File file(mkostemps(name.data(), 4, O_CLOEXEC));
     if (file < 0)
@@ -179,6 +176,14 @@ wxString OutputTarget::SpeechFile() const
     return wxString::FromUTF8(m_temporary.c_str());
 }
 
+void OutputTarget::WriteText(const std::string& bytes)
+{
+    const File file(open(m_temporary.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC));
+    const int error = file < 0 ? errno : WriteAll(file, bytes);
+    if (error != 0)
+        Fail(error);
+}
+
 uint64_t OutputTarget::SpeechBytes() const
 {
     struct stat info = {};
@@ -190,7 +195,8 @@ void OutputTarget::Commit()
     // The engine empties what it cannot finish, and says nothing more.
     if (SpeechBytes() == 0)
         throw Failure{kExitFile, m_name + ": the speech could not be written (is the disk full?)"};
-    WarnOfExtension();
+    if (m_content == Content::kSpeech)
+        WarnOfExtension();
     if (m_way == Way::kRename)
         Rename();
     else
@@ -210,7 +216,7 @@ void OutputTarget::Rename()
 {
     if (rename(m_temporary.c_str(), m_target.c_str()) != 0)
         Fail(errno);
-    RegisterTemporaryFile(std::string());
+    ForgetTemporaryFile(m_temporary);
     m_temporary.clear();
 }
 
@@ -270,7 +276,7 @@ void OutputTarget::DropTemporaryFile()
     if (m_temporary.empty())
         return;
     unlink(m_temporary.c_str());
-    RegisterTemporaryFile(std::string());
+    ForgetTemporaryFile(m_temporary);
     m_temporary.clear();
 }
 

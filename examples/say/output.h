@@ -1,4 +1,4 @@
-// The WAV file that is asked for: spoken into a temporary file, put in place only when it is whole. MIT licence.
+// The file that is asked for: written as a temporary file, put in place only when it is whole. MIT licence.
 #ifndef QXSPEECH_EXAMPLES_SAY_OUTPUT_H
 #define QXSPEECH_EXAMPLES_SAY_OUTPUT_H
 
@@ -10,7 +10,7 @@
 namespace say
 {
 
-// Made before any speech: the constructor finds out whether the target can be written, and throws Failure (kExitFile)
+// Made before any work: the constructor finds out whether the target can be written, and throws Failure (kExitFile)
 // if not, with the target untouched. Until Commit the target is as it was; the destructor removes the temporary file.
 //
 //   target                                       temporary file      Commit
@@ -20,17 +20,21 @@ namespace say
 class OutputTarget
 {
 public:
+    enum class Content { kSpeech, kText };
+
     // Path as bytes; "-" is standard output.
-    explicit OutputTarget(const std::string& path);
+    OutputTarget(const std::string& path, Content content);
     ~OutputTarget();
     OutputTarget(const OutputTarget&) = delete;
     OutputTarget& operator=(const OutputTarget&) = delete;
 
     // Where the engine is to write.
     wxString SpeechFile() const;
+    // Writes a text there in the engine's place. Throws Failure (kExitFile).
+    void WriteText(const std::string& bytes);
     // Bytes there so far.
     uint64_t SpeechBytes() const;
-    // Throws Failure: kExitFile if the speech is empty or cannot be put in place, kExitInterrupted if the program is to
+    // Throws Failure: kExitFile if the file is empty or cannot be put in place, kExitInterrupted if the program is to
     // end while it waits for a reader.
     void Commit();
 
@@ -51,6 +55,7 @@ private:
     wxString m_name; // of the target, for messages
     std::string m_target;
     std::string m_temporary;
+    const Content m_content;
     Way m_way = Way::kRename;
 };
 

@@ -10,8 +10,8 @@
 #include "interrupt.h"
 #include "progress.h"
 #include "speech/tts_sapi.h"
+#include "temporaryfiles.h"
 #include "terminal.h"
-#include "textinput.h"
 #include "values.h"
 #include "voices.h"
 
@@ -65,11 +65,12 @@ public:
     {
     }
 
-    void Run(const wxString& text, const wxString& file)
+    void Run(const Spoken& spoken, const wxString& file)
     {
         m_progress.Waiting(m_engine.GetEngine());
         ThrowIfInterrupted();
-        if (!m_engine.Speak(text, wxTTS_SPEAK_ASYNC, file))
+        if (!(spoken.isFile ? m_engine.SpeakFile(spoken.input, wxTTS_SPEAK_ASYNC, file)
+                            : m_engine.Speak(spoken.input, wxTTS_SPEAK_ASYNC, file)))
             Refuse(file.empty());
         m_progress.Started();
         while (IsSpeaking()) {
@@ -135,6 +136,8 @@ private:
 
     [[noreturn]] void Refuse(bool plays)
     {
+        if (!TemporaryFiles::LibraryError().empty())
+            throw Failure{kExitFile, TemporaryFiles::LibraryError()};
         if (plays && !AudioSession::HasOutputDevice())
             throw Failure{kExitNoDevice, "no audio output device; use -o FILE to write a WAV file"};
         const wxString reason = m_engine.GetLastErrorMessage();
@@ -168,12 +171,15 @@ void ApplySettings(wxTextToSpeech& engine, const Options& options)
         engine.SetVoice(FindVoice(LoadVoices(engine), options.voice));
     for (const Range& range : kRanges)
         Apply(engine, options, range);
-    engine.SetProperty("Input format", InputFormatProperty(options.inputForm));
+    engine.SetProperty("No pronunciation substitutions", options.noDictionary);
+    engine.SetProperty("Simplify punctuation", options.simplifyPunctuation);
 }
 
-void SpeakToEnd(wxTextToSpeech& engine, const wxString& text, const Options& options, const OutputTarget* output)
+void SpeakToEnd(wxTextToSpeech& engine, const Spoken& spoken, const Options& options, const OutputTarget* output)
 {
-    const wxString spoken = options.inputForm == InputForm::kText ? ProtectPlainText(text) : text;
+    if (spoken.isPrepared)
+        engine.SetTransformer(nullptr);
+    engine.SetProperty("Input format", InputFormatProperty(spoken.form));
     Speech(engine, options, output).Run(spoken, output ? output->SpeechFile() : wxString());
 }
 

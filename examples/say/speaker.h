@@ -6,6 +6,7 @@
 
 #include "options.h"
 #include "output.h"
+#include "preparation.h"
 #include "speech/tts.h"
 
 namespace say
@@ -15,12 +16,12 @@ namespace say
 // not start.
 void SelectEngine(wxTextToSpeech& engine, const wxString& name);
 
-// Voice, rate, pitch, volume and input format. Throws Failure, mostly kExitUsage.
+// Voice, rate, pitch, volume, punctuation and the use of the dictionary. Throws Failure, mostly kExitUsage.
 void ApplySettings(wxTextToSpeech& engine, const Options& options);
 
 // Speaks to the end: to the device without an output, which the caller commits otherwise. Throws Failure: kExitRefused
 // if the engine does not speak, kExitInterrupted if it was stopped.
-void SpeakToEnd(wxTextToSpeech& engine, const wxString& text, const Options& options, const OutputTarget* output);
+void SpeakToEnd(wxTextToSpeech& engine, const Spoken& spoken, const Options& options, const OutputTarget* output);
 
 } // namespace say
 

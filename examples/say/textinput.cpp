@@ -6,9 +6,11 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
+#include <wx/log.h>
 #include <wx/strconv.h>
 
 #include "exitstatus.h"
+#include "htmltext.h"
 #include "interrupt.h"
 
 namespace say
@@ -119,15 +121,18 @@ private:
     const wxString m_name;
 };
 
+wxString NameOf(const std::string& path)
+{
+    const wxString name = wxString::FromUTF8(path.c_str());
+    return name.empty() ? wxString("the input file") : name;
+}
+
 std::string ReadSource(const Options& options, wxString& name)
 {
     switch (options.source) {
     case TextSource::kFile:
-        name = wxString::FromUTF8(options.file.c_str());
-        if (name.empty())
-            name = "the input file";
-        // Not to block on a FIFO that nobody writes to yet: poll waits for it, and a signal ends that.
-        return Input(open(options.file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK), name).ReadAll();
+        name = NameOf(options.file);
+        return ReadFile(options.file);
     case TextSource::kStandardInput:
         name = "standard input";
         return Input(STDIN_FILENO, name).ReadAll();
@@ -137,7 +142,37 @@ std::string ReadSource(const Options& options, wxString& name)
     }
 }
 
+bool IsText(const wxString& text, wxString& reason)
+{
+    if (text.find(wxUniChar(0)) == wxString::npos)
+        return true;
+    reason = "binary data, not text";
+    return false;
+}
+
+// False for a name that is unknown or cannot be right. Browsers, and so authors, read Latin-1 as what Windows makes
+// of it, and a document whose letters can be read byte by byte is not in UTF-16.
+bool DecodeDeclared(const std::string& bytes, const std::string& charset, wxString& text)
+{
+    const auto begins = [&charset](const char* name) { return charset.compare(0, std::strlen(name), name) == 0; };
+    if (charset.empty() || begins("utf") || begins("ucs") || begins("iso-10646"))
+        return false;
+    const bool isLatin1 = charset == "iso-8859-1" || charset == "latin1" || charset == "us-ascii" || charset == "ascii";
+    const wxLogNull noLog;
+    const wxCSConv conversion(isLatin1 ? wxString("windows-1252") : wxString::FromUTF8(charset));
+    if (!conversion.IsOk())
+        return false;
+    text = wxString(bytes.data(), conversion, bytes.size());
+    return !text.empty();
+}
+
 } // namespace
+
+std::string ReadFile(const std::string& path)
+{
+    // Not to block on a FIFO that nobody writes to yet: poll waits for it, and a signal ends that.
+    return Input(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK), NameOf(path)).ReadAll();
+}
 
 bool DecodeText(const std::string& bytes, wxString& text, wxString& reason)
 {
@@ -152,10 +187,14 @@ bool DecodeText(const std::string& bytes, wxString& text, wxString& reason)
         if (text.empty() && !bytes.empty())
             text = wxString(bytes.data(), wxConvISO8859_1, bytes.size());
     }
-    if (text.find(wxUniChar(0)) == wxString::npos)
-        return true;
-    reason = "binary data, not text";
-    return false;
+    return IsText(text, reason);
+}
+
+bool DecodeHtml(const std::string& bytes, wxString& text, wxString& reason)
+{
+    if (!FindMark(bytes) && DecodeDeclared(bytes, FindDeclaredCharset(bytes), text))
+        return IsText(text, reason);
+    return DecodeText(bytes, text, reason);
 }
 
 wxString ProtectPlainText(const wxString& text)
@@ -168,7 +207,8 @@ wxString ReadText(const Options& options)
     wxString name;
     wxString text;
     wxString reason;
-    if (!DecodeText(ReadSource(options, name), text, reason))
+    const auto decode = options.inputForm == InputForm::kHtml ? &DecodeHtml : &DecodeText;
+    if (!decode(ReadSource(options, name), text, reason))
         throw Failure{kExitFile, name + ": " + reason};
     if (text.Strip(wxString::both).empty())
         throw Failure{kExitUsage, "nothing to say: the text is empty"};

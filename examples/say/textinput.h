@@ -14,8 +14,14 @@ namespace say
 // character, or bytes that are not what their byte-order mark says.
 bool DecodeText(const std::string& bytes, wxString& text, wxString& reason);
 
+// The same for an HTML document, which may also name its encoding: by byte-order mark, else as declared, else as above.
+bool DecodeHtml(const std::string& bytes, wxString& text, wxString& reason);
+
 // The local engine takes a string whose first character is "<" for markup; behind a blank it is text.
 wxString ProtectPlainText(const wxString& text);
+
+// The bytes of a file. Throws Failure: kExitFile if it cannot be read, kExitInterrupted as below.
+std::string ReadFile(const std::string& path);
 
 // The whole text, decoded. Throws Failure: kExitFile if it cannot be read or is binary, kExitUsage if there is nothing
 // but white space, kExitInterrupted if the program is to end while it waits for input.

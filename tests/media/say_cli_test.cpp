@@ -69,7 +69,8 @@ std::string LongText()
     return text;
 }
 
-// Each test has a folder of its own and a sound configuration that opens but does not pace.
+// Each test has a folder of its own, one for temporary files in it, which is empty again at the end, and a sound
+// configuration that opens but does not pace.
 class SayCli : public testing::Test
 {
 protected:
@@ -78,11 +79,20 @@ protected:
         std::string name = (fs::temp_directory_path() / "qxspeech-cli-XXXXXX").string();
         m_folder = mkdtemp(name.data());
         fs::create_directory(Path("out"));
+        fs::create_directory(Path("tmp"));
         WriteFile(Path("sound.conf"), "pcm.!default { type null }\n");
         setenv("ALSA_CONFIG_PATH", Path("sound.conf").c_str(), 1);
+        if (const char* const folder = std::getenv("TMPDIR"))
+            m_formerTmpDir = folder;
+        setenv("TMPDIR", Path("tmp").c_str(), 1);
     }
+    void TearDown() override { EXPECT_TRUE(fs::is_empty(Path("tmp"))) << "temporary files stayed"; }
     ~SayCli() override
     {
+        if (m_formerTmpDir.empty())
+            unsetenv("TMPDIR");
+        else
+            setenv("TMPDIR", m_formerTmpDir.c_str(), 1);
         std::error_code ignored;
         fs::remove_all(m_folder, ignored);
     }
@@ -112,7 +122,28 @@ protected:
         return Say(std::move(arguments), input).Run();
     }
 
+    // Length of the speech of a successful, silent call.
+    double Seconds(Arguments arguments, const std::string& input = std::string())
+    {
+        arguments.insert(arguments.begin(), {"-o", Out("spoken.wav")});
+        const Result result = Run(arguments, input);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.out + result.err, "");
+        const double seconds = SpokenSeconds(ReadFile(Out("spoken.wav")));
+        fs::remove(Out("spoken.wav"));
+        return seconds;
+    }
+    std::string SavedText(Arguments arguments, const std::string& input = std::string())
+    {
+        arguments.insert(arguments.begin(), {"--save-text", "-"});
+        const Result result = Run(arguments, input);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.err, "");
+        return result.out;
+    }
+
     fs::path m_folder;
+    std::string m_formerTmpDir;
 };
 
 TEST_F(SayCli, WritesSpeechFromEverySource)
@@ -152,7 +183,6 @@ TEST_F(SayCli, FailuresHaveTheirStatusOneLineAndNoOutput)
     WriteFile(Path("binary"), std::string("\x7f"
                                           "ELF\0\0\0",
                                           7));
-    WriteFile(Path("page.html"), "<p>Hello</p>");
     WriteFile(Path("bad.ssml"), "<speak>Not <b>closed</speak>");
     const std::string out = Out("a.wav");
     const struct {
@@ -167,8 +197,12 @@ TEST_F(SayCli, FailuresHaveTheirStatusOneLineAndNoOutput)
         {"unknown voice", {"-o", out, "-v", "Nobody", "x"}, 2, "-L"},
         {"percentage", {"-o", out, "--volume", "101%", "x"}, 2, "100%"},
         {"out of range", {"-o", out, "--rate", "11", "x"}, 2, "-10 to 10"},
-        {"HTML", {"-o", out, "--input", "html", "x"}, 2, "HTML"},
-        {"HTML file", {"-o", out, "-f", Path("page.html")}, 2, "HTML"},
+        {"headings in text", {"-o", out, "--headings", "x"}, 2, "HTML"},
+        {"saving and speaking", {"-o", out, "--save-text", Out("a.txt"), "x"}, 2, "--save-text"},
+        {"no words to save", {"--save-text", Out("a.txt"), "--input", "html", "<p></p>"}, 2, "empty"},
+        {"no such dictionary", {"-o", out, "--dict", Path("no.csv"), "x"}, 4, "no.csv"},
+        {"folder as dictionary", {"-o", out, "--dict", m_folder.string(), "x"}, 4, "irectory"},
+        {"saving into no folder", {"--save-text", Path("none/a.txt"), "x"}, 4, "none/a.txt"},
         {"white space", {"-o", out, " "}, 2, "empty"},
         {"folder as input", {"-o", out, "-f", m_folder.string()}, 4, "irectory"},
         {"no such input", {"-o", out, "-f", Path("absent")}, 4, "absent"},
@@ -186,6 +220,136 @@ TEST_F(SayCli, FailuresHaveTheirStatusOneLineAndNoOutput)
         EXPECT_NE(result.err.find(row.word), std::string::npos) << result.err;
         EXPECT_TRUE(OutNames().empty());
     }
+}
+
+// The title and the markup would double the length.
+TEST_F(SayCli, HtmlIsSpokenWithoutTitleAndMarkup)
+{
+    const std::string head = "<html><head><title>Nobody should ever hear this title of a page at all</title>";
+    const std::string body = "</head><body><p>Hello there, this is <b>a page</b> of a book.</p></body></html>";
+    WriteFile(Path("page.html"), head + body);
+    WriteFile(Path("marked.htm"), "\xEF\xBB\xBF" + head + body);
+    WriteFile(Path("notes.html"), "Hello there, this is a page of a book.");
+    std::string wide = "\xFF\xFE";
+    for (const char c : head + body)
+        wide.append({c, '\0'});
+    WriteFile(Path("wide.html"), wide);
+    const struct {
+        const char* label;
+        Arguments arguments;
+        std::string input;
+    } rows[] = {
+        {"file", {"-f", Path("page.html")}, ""},
+        {"byte-order mark", {"-f", Path("marked.htm")}, ""},
+        {"UTF-16", {"-f", Path("wide.html")}, ""},
+        {"standard input", {"--input", "html"}, head + body},
+        {"arguments", {"--input", "html", head + body}, ""},
+        {"prepared by the program", {"--headings", "-f", Path("page.html")}, ""},
+        {"plain text", {"-f", Path("notes.html")}, ""},
+    };
+    const double plain = Seconds({"Hello there, this is a page of a book."});
+    EXPECT_GT(plain, 1);
+    for (const auto& row : rows)
+        EXPECT_NEAR(Seconds(row.arguments, row.input), plain, plain / 10) << row.label;
+}
+
+TEST_F(SayCli, HeadingsAreAnnouncedOnRequest)
+{
+    WriteFile(Path("page.html"), "<h2>Cats</h2>");
+    const double announced = Seconds({"--headings", "-f", Path("page.html")});
+    EXPECT_GT(announced, Seconds({"-f", Path("page.html")}) + 0.3);
+    EXPECT_NEAR(announced, Seconds({"Heading 2: Cats."}), announced / 5);
+}
+
+TEST_F(SayCli, SavedTextIsWhatWouldBeSpoken)
+{
+    const std::string page = "<title>No</title><h1>One &amp; all</h1><p><i>Fish</i> & chips, 3 < 5, caf&eacute;.</p>"
+                             "<ol><li>first</li></ol>";
+    WriteFile(Path("page.html"), page);
+    WriteFile(Path("old.html"), "<meta charset=windows-1252><p>\x93na\xEFve\x94</p>");
+    WriteFile(Path("cats.csv"), "cat,feline\nHEADING,chapter\n");
+    const std::string dictionary = Path("cats.csv");
+    const struct {
+        const char* label;
+        Arguments arguments;
+        std::string text;
+    } rows[] = {
+        {"text", {"<b> & \"x\""}, "<b> & \"x\"\n"},
+        {"text with a dictionary", {"--dict", dictionary, "A Cat & a catfish"}, "A feline & a catfish\n"},
+        {"plain punctuation", {"--simplify-punctuation", "<\xE2\x80\x9Cx\xE2\x80\x9D &"}, "<\"x\" &\n"},
+        {"both", {"--dict", dictionary, "--simplify-punctuation", "cat\xE2\x80\x99s"}, "feline's\n"},
+        {"dictionary set aside", {"--dict", dictionary, "--no-dict", "cat"}, "cat\n"},
+        {"markup stays", {"--input", "ssml", "<speak>a &amp; b</speak>"}, "<speak>a &amp; b</speak>\n"},
+        {"HTML", {"-f", Path("page.html")}, "One & all.\n\nFish & chips, 3 < 5, caf\xC3\xA9.\n\n1. first\n"},
+        {"headings, not replaced",
+         {"--headings", "--dict", dictionary, "--input", "html", "<h1>Cat</h1>"},
+         "Heading 1: feline.\n"},
+        {"declared encoding", {"-f", Path("old.html")}, "\xE2\x80\x9Cna\xC3\xAFve\xE2\x80\x9D\n"},
+        {"HTML with plain punctuation", {"--simplify-punctuation", "-f", Path("old.html")}, "\"na\xC3\xAFve\"\n"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(SavedText(row.arguments), row.text) << row.label;
+    EXPECT_EQ(Run({"--save-text", Out("a.txt"), "Hello."}).status, 0);
+    EXPECT_EQ(ReadFile(Out("a.txt")), "Hello.\n");
+    EXPECT_EQ(OutNames(), std::vector<std::string>{"a.txt"});
+}
+
+TEST_F(SayCli, SavingNeedsNoSoundAndKeepsTheTargetOnFailure)
+{
+    WriteFile(Path("sound.conf"), "pcm.!default { type hw card 77 }\n");
+    WriteFile(Out("a.txt"), "precious");
+    EXPECT_EQ(Run({"--save-text", Out("a.txt"), "--dict", Path("no.csv"), "x"}).status, 4);
+    EXPECT_EQ(ReadFile(Out("a.txt")), "precious");
+    EXPECT_EQ(Run({"--save-text", Out("a.txt"), "x"}).status, 0);
+    EXPECT_EQ(ReadFile(Out("a.txt")), "x\n");
+    EXPECT_EQ(OutNames(), std::vector<std::string>{"a.txt"});
+}
+
+TEST_F(SayCli, DictionaryIsHeardInEveryForm)
+{
+    WriteFile(Path("utf8.csv"), "cat,na\xC3\xAFve feline creature with whiskers\n");
+    std::string wide = "\xFF\xFE";
+    for (const char c : std::string("cat,na\xEFve feline creature with whiskers\n"))
+        wide.append({c, '\0'});
+    WriteFile(Path("utf16.csv"), wide);
+    for (const char* form : {"text", "html", "ssml", "native"}) {
+        for (const char* dictionary : {"utf8.csv", "utf16.csv"}) {
+            SCOPED_TRACE(testing::Message() << form << ' ' << dictionary);
+            const std::string text = form == std::string("html") ? "<p>The cat.</p>" : "The cat.";
+            const double without = Seconds({"--input", form, text});
+            EXPECT_GT(Seconds({"--input", form, "--dict", Path(dictionary), text}), without + 0.8);
+            EXPECT_DOUBLE_EQ(Seconds({"--input", form, "--no-dict", "--dict", Path(dictionary), text}), without);
+        }
+    }
+}
+
+TEST_F(SayCli, DictionaryWithoutAUsableEntryIsAWarning)
+{
+    WriteFile(Path("empty.csv"), "no comma\n,x\ne-mail,mail\n");
+    const Result result = Run({"-o", Out("a.wav"), "--dict", Path("empty.csv"), "Hello."});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(Lines(result.err), 1U) << result.err;
+    EXPECT_NE(result.err.find("warning: "), std::string::npos);
+}
+
+TEST_F(SayCli, PlainTextIsNeverReadAsMarkup)
+{
+    const double markup = Seconds({"--input", "native", "<emph>cats</emph> dogs"});
+    for (const Arguments& options : {Arguments{}, Arguments{"--simplify-punctuation"}}) {
+        Arguments arguments = options;
+        arguments.push_back("<emph>cats</emph> &amp; dogs");
+        EXPECT_GT(Seconds(arguments), markup + 0.8) << testing::PrintToString(options);
+    }
+}
+
+TEST_F(SayCli, WithoutRoomForTemporaryFilesThereIsOneLine)
+{
+    setenv("TMPDIR", Path("none").c_str(), 1);
+    const Result result = Run({"-o", Out("a.wav"), "--input", "html", "<p>Hello"});
+    setenv("TMPDIR", Path("tmp").c_str(), 1);
+    EXPECT_EQ(result.status, 4);
+    EXPECT_EQ(Lines(result.err), 1U) << result.err;
+    EXPECT_TRUE(OutNames().empty());
 }
 
 TEST_F(SayCli, FailureLeavesAnExistingTargetAsItWas)
@@ -245,10 +409,15 @@ TEST_F(SayCli, FifoIsCopiedToOnceItIsRead)
 TEST_F(SayCli, SignalStopsTheFileAndLeavesTheTarget)
 {
     WriteFile(Path("long.txt"), LongText());
-    for (const int signalNumber : {SIGINT, SIGTERM}) {
-        SCOPED_TRACE(signalNumber);
+    WriteFile(Path("long.html"), "<title>Long</title><p>" + LongText());
+    const struct {
+        const char* file;
+        int signalNumber;
+    } rows[] = {{"long.txt", SIGINT}, {"long.txt", SIGTERM}, {"long.html", SIGINT}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.file);
         WriteFile(Out("a.wav"), "precious");
-        ChildProcess child = Say({"-o", Out("a.wav"), "-f", Path("long.txt")});
+        ChildProcess child = Say({"-o", Out("a.wav"), "-f", Path(row.file)});
         bool sent = false;
         child.whileRunning = [&](pid_t pid) {
             for (const std::string& name : OutNames()) {
@@ -256,7 +425,7 @@ TEST_F(SayCli, SignalStopsTheFileAndLeavesTheTarget)
                 const uintmax_t size = fs::file_size(Out(name), gone);
                 // It speaks: the file beside the target grows.
                 if (!sent && name != "a.wav" && !gone && size > 100000)
-                    sent = kill(pid, signalNumber) == 0;
+                    sent = kill(pid, row.signalNumber) == 0;
             }
         };
         const Result result = child.Run();
@@ -266,6 +435,25 @@ TEST_F(SayCli, SignalStopsTheFileAndLeavesTheTarget)
         EXPECT_EQ(ReadFile(Out("a.wav")), "precious");
         EXPECT_EQ(OutNames(), std::vector<std::string>{"a.wav"});
     }
+}
+
+TEST_F(SayCli, SecondSignalLeavesNoFileEither)
+{
+    WriteFile(Path("long.html"), "<p>" + LongText());
+    ChildProcess child = Say({"-o", Out("a.wav"), "-f", Path("long.html")});
+    child.whileRunning = [&](pid_t pid) {
+        std::error_code gone;
+        for (const fs::directory_entry& entry : fs::directory_iterator(Path("tmp"))) {
+            const uintmax_t size = fs::file_size(entry.path(), gone);
+            if (!gone && size > 0) {
+                kill(pid, SIGINT);
+                kill(pid, SIGTERM);
+                return;
+            }
+        }
+    };
+    EXPECT_EQ(child.Run().status, 130);
+    EXPECT_TRUE(OutNames().empty());
 }
 
 TEST_F(SayCli, SignalEndsTheWaitForInput)

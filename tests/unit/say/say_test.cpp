@@ -3,6 +3,7 @@
 #include <wx/arrstr.h>
 
 #include "exitstatus.h"
+#include "htmltext.h"
 #include "options.h"
 #include "textinput.h"
 #include "values.h"
@@ -151,6 +152,71 @@ TEST(SayText, BinaryDataIsRefused)
     }
 }
 
+TEST(SayHtml, EncodingIsByMarkElseDeclaredElseGuessed)
+{
+    const wxString word = wxString::FromUTF8("na\xC3\xAFve");
+    const struct {
+        const char* label;
+        std::string bytes;
+        wxString end;
+    } rows[] = {
+        {"quoted", "<meta charset=\"iso-8859-2\">\xB1", wxString::FromUTF8("\xC4\x85")},
+        {"long form", "<META CONTENT='text/html; CharSet = KOI8-R'>\xC1", wxString::FromUTF8("\xD0\xB0")},
+        {"bare", "<meta charset=windows-1252>\x93", wxString::FromUTF8("\xE2\x80\x9C")},
+        {"as browsers have it", "<meta charset=ISO-8859-1>\x93", wxString::FromUTF8("\xE2\x80\x9C")},
+        {"XML declaration", "<?xml version='1.0' encoding='windows-1251'?>\xE0", wxString::FromUTF8("\xD0\xB0")},
+        {"unknown name", "<meta charset=martian>na\xC3\xAFve", word},
+        {"wrong name", "<meta charset=utf-16>na\xC3\xAFve", word},
+        {"none, UTF-8", "<p>na\xC3\xAFve", word},
+        {"none, Latin-1", "<p>na\xEFve", word},
+        {"declared UTF-8, is Latin-1", "<meta charset=utf-8>na\xEFve", word},
+        {"mark wins", "\xEF\xBB\xBF<meta charset=koi8-r>na\xC3\xAFve", word},
+        {"too far down", std::string(1100, ' ') + "charset=koi8-r>na\xC3\xAFve", word},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        wxString text;
+        wxString reason;
+        ASSERT_TRUE(say::DecodeHtml(row.bytes, text, reason));
+        EXPECT_TRUE(text.EndsWith(row.end)) << text;
+    }
+    wxString text;
+    wxString reason;
+    EXPECT_FALSE(say::DecodeHtml(std::string("<meta charset=koi8-r>\0", 22), text, reason));
+}
+
+TEST(SayHtml, MarkupIsTagsCommentsAndEntities)
+{
+    for (const char* html : {"a<br>b", "</p>", "<!-- x -->", "<?xml?>", "a &amp; b", "&#233;", "&#xE9;", "1 < 2 <b>"})
+        EXPECT_TRUE(say::HasMarkup(html)) << html;
+    for (const char* text : {"", "<", "&", "1 < 2 > 0", "a <b", "AT&T", "Q&A; more", "fish & chips;", "</>", "a > b"})
+        EXPECT_EQ(say::HasMarkup(text), wxString(text) == "Q&A; more") << text;
+}
+
+TEST(SayHtml, StraySignsBecomeEntities)
+{
+    const struct {
+        const char* html;
+        const char* escaped;
+    } rows[] = {
+        {"<b>Fish</b> & chips; <i>x</i>", "<b>Fish</b> &amp; chips; <i>x</i>"},
+        {"<p>1 < 2 &lt; 3</p>", "<p>1 &lt; 2 &lt; 3</p>"},
+        {"<p>open <end", "<p>open &lt;end"},
+        {"&apos;tis &", "&#39;tis &amp;"},
+        {"<!DOCTYPE x><?y?>", "<!DOCTYPE x><?y?>"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(say::EscapeStrays(row.html), row.escaped);
+}
+
+TEST(SayHtml, TextOfTheConversionIsWithoutEnvelopeAndEntities)
+{
+    wxString text;
+    EXPECT_TRUE(say::TextOfSapi("<?xml ?>\n<sapi>\n\nA &amp;lt; b\n\n</sapi>\n", text));
+    EXPECT_EQ(text, "A &lt; b");
+    EXPECT_FALSE(say::TextOfSapi("<?xml ?>\n<sapi>\nHalf a fi", text));
+}
+
 TEST(SayText, AngleBracketInFrontIsNotLeftToTheEngine)
 {
     EXPECT_EQ(say::ProtectPlainText("<b> is a tag"), " <b> is a tag");
@@ -228,6 +294,10 @@ TEST(SayOptions, NonsenseIsAUsageErrorWithOneLine)
         {"-f", ""},
         {"-o", "", "x"},
         {"--json", "x"},
+        {"--dict", "", "x"},
+        {"--headings", "x"},
+        {"--headings", "-f", "a.txt"},
+        {"--save-text", "a", "-o", "b", "x"},
         {"--lang", "en", "x"},
         {"-L", "x"},
     };
@@ -249,8 +319,27 @@ TEST(SayOptions, HelpNamesEveryOptionAndNeedsNothingElse)
     EXPECT_TRUE(Parse({"--help"}).help);
     EXPECT_TRUE(Parse({"--version", "-f", "a", "b"}).version);
     const wxString usage = say::UsageText();
-    for (const char* option : {"-f", "-o", "-e", "-v", "-L", "--lang", "--json", "--list-engines", "--rate", "--pitch",
-                               "--volume", "--input", "--progress", "--verbose", "--help", "--version"})
+    for (const char* option : {"-f",
+                               "-o",
+                               "-e",
+                               "-v",
+                               "-L",
+                               "--lang",
+                               "--json",
+                               "--list-engines",
+                               "--rate",
+                               "--pitch",
+                               "--volume",
+                               "--input",
+                               "--dict",
+                               "--no-dict",
+                               "--simplify-punctuation",
+                               "--headings",
+                               "--save-text",
+                               "--progress",
+                               "--verbose",
+                               "--help",
+                               "--version"})
         EXPECT_NE(usage.find(option), wxString::npos) << option;
 }
 

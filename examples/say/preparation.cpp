@@ -1,0 +1,124 @@
+// Everything that needs a file goes through temporary ones in UTF-8. MIT licence.
+#include "preparation.h"
+
+#include "console.h"
+#include "exitstatus.h"
+#include "htmltext.h"
+#include "interrupt.h"
+#include "temporaryfiles.h"
+#include "textinput.h"
+
+namespace say
+{
+namespace
+{
+
+std::string Utf8(const wxString& text)
+{
+    return std::string(text.utf8_str());
+}
+
+wxString ReadBack(const wxString& file)
+{
+    return wxString::FromUTF8(ReadFile(Utf8(file)));
+}
+
+} // namespace
+
+Preparation::Preparation(const Options& options) : m_options(options)
+{
+    if (!options.dictionary.empty() && !options.noDictionary)
+        LoadDictionary();
+}
+
+// By way of a copy: the path may be no Unicode text, and the file a pipe.
+void Preparation::LoadDictionary()
+{
+    wxString name = wxString::FromUTF8(m_options.dictionary.c_str());
+    if (name.empty())
+        name = "the dictionary";
+    const wxString copy = TemporaryFiles::MakeWith(ReadFile(m_options.dictionary));
+    if (!m_transformer.LoadFile(copy))
+        throw Failure{kExitFile, name + ": not a text file"};
+    if (!HasUsableEntry())
+        PrintError("warning: " + name + " has no usable entry; a line is WORD,REPLACEMENT");
+}
+
+// A key with a blank or a sign in it is never met in a text.
+bool Preparation::HasUsableEntry()
+{
+    wxString ignored;
+    for (const wxString& key : m_transformer.GetStrings())
+        if (m_transformer.TransformString(key, ignored, 0))
+            return true;
+    return false;
+}
+
+InputForm Preparation::FormOf(const wxString& text) const
+{
+    return m_options.inputForm == InputForm::kHtml && !HasMarkup(text) ? InputForm::kText : m_options.inputForm;
+}
+
+bool Preparation::SimplifiesHere(InputForm form) const
+{
+    return m_options.simplifyPunctuation && (form == InputForm::kText || form == InputForm::kSsml);
+}
+
+Spoken Preparation::ForSpeech(const wxString& text)
+{
+    const InputForm form = FormOf(text);
+    if (form == InputForm::kHtml && m_options.headings)
+        return {HtmlToSapi(text), true, InputForm::kNative, true};
+    if (form == InputForm::kHtml)
+        return {TemporaryFiles::MakeWith(Utf8(EscapeStrays(text))), true, form, false};
+    if (m_options.simplifyPunctuation && form == InputForm::kNative)
+        PrintError("warning: --simplify-punctuation leaves the engine's own markup as it is");
+    const bool prepared = SimplifiesHere(form);
+    const wxString words = prepared ? SimplifiedText(text) : text;
+    return {form == InputForm::kText ? ProtectPlainText(words) : words, false, form, prepared};
+}
+
+wxString Preparation::ForReading(const wxString& text)
+{
+    const InputForm form = FormOf(text);
+    wxString words;
+    if (form == InputForm::kHtml) {
+        if (!TextOfSapi(ReadBack(HtmlToSapi(text)), words))
+            throw Failure{kExitFile, "the converted text could not be stored (is the disk full?)"};
+    } else if (SimplifiesHere(form)) {
+        words = SimplifiedText(text);
+    } else {
+        m_transformer.TransformString(text, words, 0);
+    }
+    if (words.Strip(wxString::both).empty())
+        throw Failure{kExitUsage, "nothing to say: the text is empty"};
+    return words.EndsWith("\n") ? words : words + "\n";
+}
+
+wxString Preparation::HtmlToSapi(const wxString& html)
+{
+    const int headings = m_options.headings ? wxTTS_TRANSFORM_SPEAK_HEADINGS : 0;
+    return Transform(EscapeStrays(html), wxTTS_TRANSFORM_HTML_TO_SAPI | wxTTS_TRANSFORM_SPEAK_LIST_NUMBERS | headings);
+}
+
+wxString Preparation::SimplifiedText(const wxString& text)
+{
+    return ReadBack(Transform(text, 0));
+}
+
+wxString Preparation::Transform(const wxString& text, int conversion)
+{
+    int options = conversion;
+    if (!m_options.noDictionary)
+        options |= wxTTS_TRANSFORM_SUBSTITUTE;
+    if (m_options.simplifyPunctuation)
+        options |= wxTTS_TRANSFORM_SIMPLIFY_PUNCTUATION;
+    const wxString input = TemporaryFiles::MakeWith(Utf8(text));
+    const wxString output = TemporaryFiles::Make();
+    if (!m_transformer.TransformFile(input, output, options))
+        throw Failure{kExitFile, "the text could not be converted (is the disk full?)"};
+    ThrowIfInterrupted();
+    return output;
+}
+
+} // namespace say
