@@ -66,6 +66,34 @@ size_t EntityLength(const std::wstring& text, size_t at)
     return end > name && end < text.size() && text[end] == L';' ? end + 1 - at : 0;
 }
 
+// Whether an element of that lower-case name begins or, with "/" in front, ends at a "<".
+bool IsElementAt(const std::wstring& text, size_t at, const std::wstring& name)
+{
+    for (size_t i = 0; i < name.size(); ++i) {
+        const size_t position = at + 1 + i;
+        if (position >= text.size() || (text[position] | 0x20) != (name[i] | 0x20))
+            return false;
+    }
+    const size_t end = at + 1 + name.size();
+    return end < text.size() && !IsLetter(text[end]) && !IsDigit(text[end]);
+}
+
+// The position behind a script or style element that begins at a "<", or `at`. One that is never closed reaches to the
+// end, as browsers have it.
+size_t BehindProgramText(const std::wstring& text, size_t at)
+{
+    for (const wchar_t* name : {L"script", L"style"}) {
+        if (!IsElementAt(text, at, name))
+            continue;
+        size_t end = text.find(L"</", at);
+        while (end != std::wstring::npos && !IsElementAt(text, end, std::wstring(L"/") + name))
+            end = text.find(L"</", end + 2);
+        const size_t close = end == std::wstring::npos ? end : text.find(L'>', end);
+        return close == std::wstring::npos ? text.size() : close + 1;
+    }
+    return at;
+}
+
 } // namespace
 
 std::string FindDeclaredCharset(const std::string& bytes)
@@ -88,14 +116,17 @@ bool HasMarkup(const wxString& text)
     return false;
 }
 
-wxString EscapeStrays(const wxString& html)
+wxString TidyHtml(const wxString& html)
 {
     const std::wstring text = html.ToStdWstring();
     const size_t lastBracket = text.rfind(L'>');
     std::wstring escaped;
     escaped.reserve(text.size() + text.size() / 16);
     for (size_t at = 0; at < text.size(); ++at) {
-        if (text[at] == L'<' && !IsTagAt(text, at, lastBracket)) {
+        const size_t behind = text[at] == L'<' ? BehindProgramText(text, at) : at;
+        if (behind != at) {
+            at = behind - 1;
+        } else if (text[at] == L'<' && !IsTagAt(text, at, lastBracket)) {
             escaped += L"&lt;";
         } else if (text[at] == L'&' && EntityLength(text, at) == 0) {
             escaped += L"&amp;";

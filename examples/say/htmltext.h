@@ -17,8 +17,8 @@ std::string FindDeclaredCharset(const std::string& bytes);
 bool HasMarkup(const wxString& text);
 
 // Writes a "<" that begins no tag and an "&" that begins no entity as entities: the conversion, which takes every one
-// of them for markup, would pass over what follows.
-wxString EscapeStrays(const wxString& html);
+// of them for markup, would pass over what follows. Leaves out script and style elements, whose text it would speak.
+wxString TidyHtml(const wxString& html);
 
 // What a voice reads of the conversion's SAPI XML: without the envelope, entities decoded, no empty lines at either
 // end. False if the envelope is not whole.

@@ -70,7 +70,7 @@ Spoken Preparation::ForSpeech(const wxString& text)
     if (form == InputForm::kHtml && m_options.headings)
         return {HtmlToSapi(text), true, InputForm::kNative, true};
     if (form == InputForm::kHtml)
-        return {TemporaryFiles::MakeWith(Utf8(EscapeStrays(text))), true, form, false};
+        return {TemporaryFiles::MakeWith(Utf8(TidyHtml(text))), true, form, false};
     if (m_options.simplifyPunctuation && form == InputForm::kNative)
         PrintError("warning: --simplify-punctuation leaves the engine's own markup as it is");
     const bool prepared = SimplifiesHere(form);
@@ -98,7 +98,7 @@ wxString Preparation::ForReading(const wxString& text)
 wxString Preparation::HtmlToSapi(const wxString& html)
 {
     const int headings = m_options.headings ? wxTTS_TRANSFORM_SPEAK_HEADINGS : 0;
-    return Transform(EscapeStrays(html), wxTTS_TRANSFORM_HTML_TO_SAPI | wxTTS_TRANSFORM_SPEAK_LIST_NUMBERS | headings);
+    return Transform(TidyHtml(html), wxTTS_TRANSFORM_HTML_TO_SAPI | wxTTS_TRANSFORM_SPEAK_LIST_NUMBERS | headings);
 }
 
 wxString Preparation::SimplifiedText(const wxString& text)

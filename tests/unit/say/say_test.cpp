@@ -193,7 +193,7 @@ TEST(SayHtml, MarkupIsTagsCommentsAndEntities)
         EXPECT_EQ(say::HasMarkup(text), wxString(text) == "Q&A; more") << text;
 }
 
-TEST(SayHtml, StraySignsBecomeEntities)
+TEST(SayHtml, StraySignsBecomeEntitiesAndProgramTextGoes)
 {
     const struct {
         const char* html;
@@ -204,9 +204,12 @@ TEST(SayHtml, StraySignsBecomeEntities)
         {"<p>open <end", "<p>open &lt;end"},
         {"&apos;tis &", "&#39;tis &amp;"},
         {"<!DOCTYPE x><?y?>", "<!DOCTYPE x><?y?>"},
+        {"a<SCRIPT>if (x<y) \"</p>\"</Script >b<style>c{}</style>d", "abd"},
+        {"a<scripture>b</scripture>", "a<scripture>b</scripture>"},
+        {"a<script>never closed <b>x</b>", "a"},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(say::EscapeStrays(row.html), row.escaped);
+        EXPECT_EQ(say::TidyHtml(row.html), row.escaped);
 }
 
 TEST(SayHtml, TextOfTheConversionIsWithoutEnvelopeAndEntities)
