@@ -107,7 +107,7 @@ std::string FindDeclaredCharset(const std::string& bytes)
 
 bool HasMarkup(const wxString& text)
 {
-    const std::wstring characters = text.ToStdWstring();
+    const std::wstring& characters = text.ToStdWstring();
     const size_t lastBracket = characters.rfind(L'>');
     for (size_t at = characters.find_first_of(L"<&"); at != std::wstring::npos;
          at = characters.find_first_of(L"<&", at + 1))
@@ -118,7 +118,7 @@ bool HasMarkup(const wxString& text)
 
 wxString TidyHtml(const wxString& html)
 {
-    const std::wstring text = html.ToStdWstring();
+    const std::wstring& text = html.ToStdWstring();
     const size_t lastBracket = text.rfind(L'>');
     std::wstring escaped;
     escaped.reserve(text.size() + text.size() / 16);
