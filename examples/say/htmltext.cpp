@@ -78,6 +78,39 @@ bool IsElementAt(const std::wstring& text, size_t at, const std::wstring& name)
     return end < text.size() && !IsLetter(text[end]) && !IsDigit(text[end]);
 }
 
+// Elements whose text does not belong to what stands in front. The conversion parts only paragraphs, headings, line
+// breaks and whole lists; before one of the others a line has to be begun.
+struct BlockElement {
+    const wchar_t* name;
+    bool needsLine;
+};
+const BlockElement kBlockElements[] = {
+    {L"li", true},      {L"td", true},      {L"th", true},         {L"tr", true},      {L"dt", true},
+    {L"dd", true},      {L"div", true},     {L"section", true},    {L"article", true}, {L"h6", true},
+    {L"hr", true},      {L"pre", true},     {L"blockquote", true}, {L"p", false},      {L"br", false},
+    {L"ul", false},     {L"ol", false},     {L"dl", false},        {L"table", false},  {L"tbody", false},
+    {L"thead", false},  {L"tfoot", false},  {L"caption", false},   {L"h1", false},     {L"h2", false},
+    {L"h3", false},     {L"h4", false},     {L"h5", false},        {L"html", false},   {L"head", false},
+    {L"body", false},   {L"title", false},  {L"meta", false},      {L"link", false},   {L"main", false},
+    {L"header", false}, {L"footer", false}, {L"nav", false},       {L"aside", false},  {L"figure", false},
+    {L"form", false},   {L"script", false}, {L"style", false},
+};
+
+const BlockElement* BlockElementAt(const std::wstring& text, size_t at)
+{
+    const size_t name = at + 1 < text.size() && text[at + 1] == L'/' ? at + 1 : at;
+    for (const BlockElement& element : kBlockElements) {
+        if (IsElementAt(text, name, element.name))
+            return &element;
+    }
+    return nullptr;
+}
+
+bool IsBlank(wchar_t c)
+{
+    return c == L' ' || c == L'\t' || c == L'\n' || c == L'\r';
+}
+
 // The position behind a script or style element that begins at a "<", or `at`. One that is never closed reaches to the
 // end, as browsers have it.
 size_t BehindProgramText(const std::wstring& text, size_t at)
@@ -93,6 +126,87 @@ size_t BehindProgramText(const std::wstring& text, size_t at)
     }
     return at;
 }
+
+// One pass over a document.
+class Tidier
+{
+public:
+    explicit Tidier(const std::wstring& text) : m_text(text), m_lastBracket(text.rfind(L'>')) {}
+
+    wxString Run()
+    {
+        m_out.reserve(m_text.size() + m_text.size() / 16);
+        for (size_t at = 0; at < m_text.size();)
+            at = Step(at);
+        return wxString(m_out);
+    }
+
+private:
+    // Copies or replaces what stands at a position; the next position.
+    size_t Step(size_t at)
+    {
+        const wchar_t c = m_text[at];
+        if (c == L'<')
+            return Bracket(at);
+        if (c == L'&' && EntityLength(m_text, at) == 0) {
+            m_out += L"&amp;";
+            m_lineHasText = true;
+            return at + 1;
+        }
+        if (c == L'&' && m_text.compare(at, 6, L"&apos;") == 0) { // newer than the library's table of entities
+            m_out += L"&#39;";
+            return at + 6;
+        }
+        if (IsBlank(c) && at > 0 && m_text[at - 1] == L'>')
+            return BlanksBehindTag(at);
+        m_out += c;
+        if (c == L'>')
+            m_inTag = false;
+        else
+            m_lineHasText = m_lineHasText || (!m_inTag && !IsBlank(c));
+        return at + 1;
+    }
+
+    size_t Bracket(size_t at)
+    {
+        if (!IsTagAt(m_text, at, m_lastBracket)) {
+            m_out += L"&lt;";
+            return at + 1;
+        }
+        const BlockElement* const block = BlockElementAt(m_text, at);
+        m_behindBlock = block != nullptr;
+        const size_t behind = BehindProgramText(m_text, at);
+        if (behind != at)
+            return behind;
+        if (block && block->needsLine && m_text[at + 1] != L'/' && m_lineHasText)
+            m_out += L"<br>";
+        m_lineHasText = m_lineHasText && !block;
+        m_inTag = true;
+        m_out += L'<';
+        return at + 1;
+    }
+
+    // The conversion drops blanks ahead of a tag, and those with a line end last: between words they have to stay.
+    size_t BlanksBehindTag(size_t at)
+    {
+        size_t end = at;
+        while (end < m_text.size() && IsBlank(m_text[end]))
+            ++end;
+        const bool tagFollows = end < m_text.size() && m_text[end] == L'<';
+        if (m_behindBlock || end == m_text.size() || (tagFollows && BlockElementAt(m_text, end)))
+            m_out.append(m_text, at, end - at);
+        else
+            m_out += tagFollows ? L"&nbsp;" : L" ";
+        return end;
+    }
+
+    const std::wstring& m_text;
+    const size_t m_lastBracket;
+    bool m_behindBlock = true; // the latest tag is a block element's
+    bool m_lineHasText = false;
+    bool m_inTag = false;
+    std::wstring m_out;
+};
 
 } // namespace
 
@@ -118,26 +232,7 @@ bool HasMarkup(const wxString& text)
 
 wxString TidyHtml(const wxString& html)
 {
-    const std::wstring& text = html.ToStdWstring();
-    const size_t lastBracket = text.rfind(L'>');
-    std::wstring escaped;
-    escaped.reserve(text.size() + text.size() / 16);
-    for (size_t at = 0; at < text.size(); ++at) {
-        const size_t behind = text[at] == L'<' ? BehindProgramText(text, at) : at;
-        if (behind != at) {
-            at = behind - 1;
-        } else if (text[at] == L'<' && !IsTagAt(text, at, lastBracket)) {
-            escaped += L"&lt;";
-        } else if (text[at] == L'&' && EntityLength(text, at) == 0) {
-            escaped += L"&amp;";
-        } else if (text.compare(at, 6, L"&apos;") == 0) { // newer than the library's table of entities
-            escaped += L"&#39;";
-            at += 5;
-        } else {
-            escaped += text[at];
-        }
-    }
-    return wxString(escaped);
+    return Tidier(html.ToStdWstring()).Run();
 }
 
 bool TextOfSapi(const wxString& xml, wxString& text)

@@ -17,7 +17,9 @@ std::string FindDeclaredCharset(const std::string& bytes);
 bool HasMarkup(const wxString& text);
 
 // Writes a "<" that begins no tag and an "&" that begins no entity as entities: the conversion, which takes every one
-// of them for markup, would pass over what follows. Leaves out script and style elements, whose text it would speak.
+// of them for markup, would pass over what follows. Leaves out script and style elements, whose text it would speak,
+// begins a line at list items, table cells and the like, and keeps blanks between words in tags, all of which it would
+// join.
 wxString TidyHtml(const wxString& html);
 
 // What a voice reads of the conversion's SAPI XML: without the envelope, entities decoded, no empty lines at either

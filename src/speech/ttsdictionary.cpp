@@ -153,7 +153,7 @@ bool wxTTSTransformer::LoadFile(const wxString& filename)
 {
     Clear();
     wxTextFile file;
-    if (filename.empty() || !file.Open(filename))
+    if (!OpenTextFile(file, filename))
         return false;
     for (size_t i = 0; i < file.GetLineCount(); ++i) {
         const wxString& line = file.GetLine(i);

@@ -42,18 +42,19 @@ void AppendLine(std::string& bytes, const wxString& line)
     append(lineEnd);
 }
 
-bool OpenTextFile(wxTextFile& file, const wxString& filename)
-{
-    const wxLogNull noLog;
-    return !filename.empty() && file.Open(filename);
-}
-
 bool IsReadable(const wxString& filename)
 {
     const wxLogNull noLog;
     wxFile file;
     char byte = 0;
     return !filename.empty() && file.Open(filename) && file.Read(&byte, 1) != wxInvalidOffset;
+}
+
+// wxTextFile opens a folder and then asks for all the memory there is.
+bool OpenTextFile(wxTextFile& file, const wxString& filename)
+{
+    const wxLogNull noLog;
+    return IsReadable(filename) && file.Open(filename);
 }
 
 bool ReadLines(const wxString& filename, wxString& text)

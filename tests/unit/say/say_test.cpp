@@ -207,6 +207,9 @@ TEST(SayHtml, StraySignsBecomeEntitiesAndProgramTextGoes)
         {"a<SCRIPT>if (x<y) \"</p>\"</Script >b<style>c{}</style>d", "abd"},
         {"a<scripture>b</scripture>", "a<scripture>b</scripture>"},
         {"a<script>never closed <b>x</b>", "a"},
+        {"<b>x</b> <i>y</i>\nz <u>w</u>", "<b>x</b>&nbsp;<i>y</i> z <u>w</u>"},
+        {"<p>\n<b>x</b>\n</p> \n<p>y", "<p>\n<b>x</b>\n</p> \n<p>y"},
+        {"<ul><li>a<LI class=x>b</ul><link>", "<ul><li>a<br><LI class=x>b</ul><link>"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(say::TidyHtml(row.html), row.escaped);

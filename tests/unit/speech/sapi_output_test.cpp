@@ -99,8 +99,10 @@ TEST_F(SapiOutput, WaitOptionServesTheHostUntilTheFileIsComplete)
 
 TEST_F(SapiOutput, HostMayShutTheHandlerDownWhileItWaits)
 {
-    speech.during["Speak"] = [this] {
-        speech.during.clear();
+    speech.during["Speak"] = [this, asked = false]() mutable {
+        if (asked)
+            return; // the purge of shutting down comes here, too
+        asked = true;
         wxAppConsole::GetInstance()->CallAfter([this] { handler.Uninitialize(); });
     };
     speech.Answer("WaitUntilDone", {S_OK, S_FALSE});
