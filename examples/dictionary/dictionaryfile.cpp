@@ -35,20 +35,9 @@ void SetEntry(wxTTSTransformer& transformer, const wxString& word, const wxStrin
         transformer.GetReplacements()[static_cast<size_t>(position)] = replacement;
 }
 
-// Carriage returns that end the last line of an old Macintosh file count as a line end only once a line follows.
-wxString WithoutReturn(const wxString& text)
-{
-    return text.EndsWith("\r") ? text.Left(text.length() - 1) : text;
-}
-
 bool SameEntries(wxTTSTransformer& left, wxTTSTransformer& right)
 {
-    if (left.GetStrings() != right.GetStrings())
-        return false;
-    for (size_t i = 0; i < left.GetReplacements().size(); ++i)
-        if (WithoutReturn(left.GetReplacements()[i]) != WithoutReturn(right.GetReplacements()[i]))
-            return false;
-    return true;
+    return left.GetStrings() == right.GetStrings() && left.GetReplacements() == right.GetReplacements();
 }
 
 void Replace(const wxString& file, const std::string& bytes, wxTTSTransformer& expected)

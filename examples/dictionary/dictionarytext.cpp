@@ -68,8 +68,7 @@ std::string Append(const std::string& bytes, const std::vector<Line>& lines, con
         if (lines[before].contentEnd < lines[before].end)
             lineEnd = bytes.substr(lines[before].contentEnd, lines[before].end - lines[before].contentEnd);
     }
-    // A load takes a lone carriage return at the very end as a part of the replacement.
-    return bytes + (lastIsOpen ? lineEnd : "") + entry + (lineEnd == "\r" ? "" : lineEnd);
+    return bytes + (lastIsOpen ? lineEnd : "") + entry + lineEnd;
 }
 
 wxString RefusalOfBreaks(const wxString& text, const char* what)

@@ -80,7 +80,7 @@ TEST_F(DictionaryCli, EditsChangeTheirOwnLineAlone)
         {"add keeps the case", "a,b\n", {"add", "New", "X"}, 0, "a,b\nNew,X\n"},
         {"add with CR LF", "a,b\r\n", {"add", "c", "d"}, 0, "a,b\r\nc,d\r\n"},
         {"add behind an open CR LF line", "a,b\r\nc,d", {"add", "e", "f"}, 0, "a,b\r\nc,d\r\ne,f\r\n"},
-        {"add with CR", "a,b\rc,d\r", {"add", "e", "f"}, 0, "a,b\rc,d\re,f"},
+        {"add with CR", "a,b\rc,d\r", {"add", "e", "f"}, 0, "a,b\rc,d\re,f\r"},
         {"add behind a mark",
          "\xEF\xBB\xBF",
          {"add", "e", "f"},
