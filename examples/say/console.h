@@ -1,36 +1,13 @@
-// Standard output and standard error as the program uses them: UTF-8, whatever the locale. MIT licence.
+// Standard output and standard error. Shared with the other programs. MIT licence.
 #ifndef QXSPEECH_EXAMPLES_SAY_CONSOLE_H
 #define QXSPEECH_EXAMPLES_SAY_CONSOLE_H
 
-#include <string>
-#include <wx/string.h>
+#include "../common/console.h"
 
 namespace say
 {
 
-// Call first of all: gives each closed standard descriptor a harmless file, so that no file opened later takes its
-// place, and turns a closed pipe and a file-size limit from fatal signals into write errors.
-void SecureStandardFiles();
-// Writes all of it, whatever signals come; the system's error number, 0 for none.
-int WriteAll(int file, const std::string& bytes);
-// False if the program was started with standard output closed.
-bool HasStandardOutput();
-
-// Whether standard error is a terminal, whatever SilenceStandardError did.
-bool ErrorsGoToTerminal();
-// One line with the program's name in front.
-void PrintError(const wxString& text);
-// As it is, without a line end; for the progress line.
-void PrintProgress(const wxString& text);
-// Throws Failure (kExitFile) if it cannot be written whole.
-void PrintOutput(const wxString& text);
-
-// Library noise: from here to the end, whatever writes to descriptor 2 is dropped; the functions above still reach the
-// real standard error. The sound system's libraries print there and cannot all be asked not to.
-void SilenceStandardError();
-
-// Off: nothing of the log is shown. On: each record is a line on standard error.
-void SetUpLog(bool verbose);
+using namespace tool;
 
 } // namespace say
 

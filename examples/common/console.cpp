@@ -11,7 +11,7 @@
 
 #include "exitstatus.h"
 
-namespace say
+namespace tool
 {
 namespace
 {
@@ -73,7 +73,7 @@ bool ErrorsGoToTerminal()
 
 void PrintError(const wxString& text)
 {
-    WriteAll(g_errors, Utf8("qxspeech-say: " + text + "\n"));
+    WriteAll(g_errors, Utf8(QX_PROGRAM_NAME ": " + text + "\n"));
 }
 
 void PrintProgress(const wxString& text)
@@ -112,4 +112,4 @@ void SetUpLog(bool verbose)
     delete wxLog::SetActiveTarget(new ErrorLog); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 
-} // namespace say
+} // namespace tool
