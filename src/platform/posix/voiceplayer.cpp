@@ -124,9 +124,11 @@ void Player::PlayToFile(const std::shared_ptr<Utterance>& utterance)
         return;
     }
     // Nobody waits to hear a file: sentences are taken whole, so that their events come with their first sample.
+    // The first one is taken as soon as it is there.
     const size_t settled = utterance->Settled();
-    if (!utterance->synthesized && settled < kFileBlockSamples) {
-        AwaitSamples(*utterance, kFileBlockSamples);
+    const size_t enough = utterance->started ? kFileBlockSamples : 1;
+    if (!utterance->synthesized && settled < enough) {
+        AwaitSamples(*utterance, enough);
         return;
     }
     TakeBlock(*utterance, settled);
