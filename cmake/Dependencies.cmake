@@ -32,20 +32,30 @@ function(qx_pkg name module)
 endfunction()
 
 qx_pkg(portaudio portaudio-2.0)
+qx_pkg(avformat libavformat)
+qx_pkg(avcodec libavcodec)
 qx_pkg(swresample libswresample)
+qx_pkg(swscale libswscale)
 qx_pkg(avutil libavutil)
+qx_pkg(cryptopp libcrypto++)
+if(NOT WIN32)
+    qx_pkg(pulse libpulse)     # device change notices
+    qx_pkg(proxy libproxy-1.0) # the system's proxy
+endif()
 if(QXSPEECH_ESPEAK)
     qx_pkg(espeak espeak-ng)
 endif()
 
-# cpprestsdk: only its URI functions are called, from one source.
+# cpprestsdk, with what its client's templates call: OpenSSL and Boost.System.
+find_package(OpenSSL REQUIRED)
+find_package(Boost REQUIRED COMPONENTS system)
 find_library(QXSPEECH_CPPREST_LIBRARY NAMES cpprest REQUIRED)
 find_path(QXSPEECH_CPPREST_INCLUDE NAMES cpprest/base_uri.h REQUIRED)
 add_library(qx_cpprest INTERFACE)
 add_library(qx::cpprest ALIAS qx_cpprest)
 target_include_directories(qx_cpprest SYSTEM INTERFACE ${QXSPEECH_CPPREST_INCLUDE})
 target_compile_definitions(qx_cpprest INTERFACE _TURN_OFF_PLATFORM_STRING)
-target_link_libraries(qx_cpprest INTERFACE ${QXSPEECH_CPPREST_LIBRARY})
+target_link_libraries(qx_cpprest INTERFACE ${QXSPEECH_CPPREST_LIBRARY} OpenSSL::SSL OpenSSL::Crypto Boost::system)
 
 find_path(QXSPEECH_RAPIDJSON_INCLUDE NAMES rapidjson/reader.h REQUIRED)
 add_library(qx_rapidjson INTERFACE)

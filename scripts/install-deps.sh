@@ -4,8 +4,9 @@
 set -euo pipefail
 
 build="g++ cmake ninja-build pkg-config libwxgtk3.2-dev libcpprest-dev libssl-dev rapidjson-dev portaudio19-dev
-    libespeak-ng-dev espeak-ng-data libswresample-dev libavutil-dev libasound2-dev libasound2-plugins ccache"
-check="$build libgtest-dev libgmock-dev pulseaudio pulseaudio-utils procps binutils locales"
+    libespeak-ng-dev espeak-ng-data libavformat-dev libavcodec-dev libswresample-dev libswscale-dev libavutil-dev
+    libcrypto++-dev libboost-system-dev libproxy-dev libpulse-dev libasound2-dev libasound2-plugins ccache"
+check="$build libgtest-dev libgmock-dev ffmpeg mesa-vulkan-drivers xvfb xauth curl openssl pulseaudio pulseaudio-utils procps binutils locales"
 all="$check clang clang-format clang-tidy libclang-rt-14-dev g++-mingw-w64-x86-64-posix nlohmann-json3-dev
     libbenchmark-dev libxml2-dev espeak-ng"
 

@@ -5,7 +5,10 @@ set(required
     QXSingleton<QXTextToSpeech> QXTTSSettings QXTTSVoiceInfo QXTextToSpeech wxTTSHandler wxTTSProperties wxTTSProperty
     wxTTSPropertyCategory wxTTSSimpleHtmlAttribute wxTTSSimpleHtmlParser wxTTSSimpleHtmlTag wxTTSSpeechSettingsInfo
     wxTTSTransformer wxTextToSpeech)
-set(allowed ${required} wxJSONDocument wxJSONRefData wxJSONValue wxJSONWriter wxTTSSapiHandler)
+set(allowed ${required} FillStreamParameters MKAVDisplay MKAudioCapture MKAudioDeviceManager MKAudioDisplay MKClock
+    MKColorSpaceFromFrame MKConsumer MKFileProvider MKFrame MKFrameConverter MKMediaPlayer MKNode MKNodeStreamClock MKProvider
+    MKTransform MKVideoDisplay MKVideoSurface QXProxySettings QXSingleton<QXTempFileMan> QXTempFileMan wxJSONDocument
+    wxJSONRefData wxJSONValue wxJSONWriter wxTTSAWSHandler wxTTSAzureHandler wxTTSGoogleHandler wxTTSSapiHandler)
 
 execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY} OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
 string(REPLACE ";" "," listing "${listing}")
@@ -29,6 +32,7 @@ foreach(line IN LISTS lines)
     string(REGEX REPLACE "^(vtable|typeinfo|typeinfo name) for " "" class "${name}")
     string(REGEX REPLACE "^(non-virtual thunk|virtual thunk) to " "" class "${class}")
     string(REGEX REPLACE "::.*$" "" class "${class}")
+    string(REGEX REPLACE "\\(.*$" "" class "${class}")
     math(EXPR count "${count} + 1")
     if(class IN_LIST allowed)
         list(APPEND seen "${class}")

@@ -6,6 +6,8 @@
 #include <portaudio.h>
 #include <sperror.h>
 
+#include "common/portaudiolock.h"
+
 namespace qxvoice
 {
 namespace
@@ -15,14 +17,6 @@ constexpr std::chrono::microseconds kTailMargin(20000);
 // A long device buffer would delay a pause; a very short one underflows.
 constexpr double kMinLatencySeconds = 0.05;
 constexpr double kMaxLatencySeconds = 0.06;
-
-// PortAudio's opening and closing of streams is not thread-safe; writing to different streams is. Never destroyed: the
-// exit handlers of a host may still close a stream.
-std::mutex& StreamListLock()
-{
-    static std::mutex* const lock = new std::mutex;
-    return *lock;
-}
 
 } // namespace
 
@@ -38,7 +32,7 @@ bool DeviceOutput::HasDefaultDevice()
 
 HRESULT DeviceOutput::Open()
 {
-    std::lock_guard<std::mutex> lock(StreamListLock());
+    std::lock_guard<std::mutex> lock(qxPortAudioLock());
     const PaDeviceIndex device = Pa_GetDefaultOutputDevice();
     const PaDeviceInfo* const info = device < 0 ? nullptr : Pa_GetDeviceInfo(device);
     if (!info)
@@ -101,7 +95,7 @@ void DeviceOutput::Close()
     if (!m_stream)
         return;
     Pa_StopStream(m_stream);
-    std::lock_guard<std::mutex> lock(StreamListLock());
+    std::lock_guard<std::mutex> lock(qxPortAudioLock());
     Pa_CloseStream(m_stream);
     m_stream = nullptr;
 }
