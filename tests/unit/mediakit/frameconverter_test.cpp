@@ -260,6 +260,7 @@ TEST(FrameConverterSound, TimeStampsFollowTheInputsOrCountOn)
     }
     const size_t before = absurd.stamps.size();
     ASSERT_GT(before, 0u);
+    EXPECT_GT(absurd.stamps[0], INT64_C(1000000000000000));
     ASSERT_EQ(absurd.GiveSource(params, 44100, 22050), AVERROR(EAGAIN));
     ASSERT_GT(absurd.stamps.size(), before);
     // Ahead of the first sample of the new input by no more than the resampler held.

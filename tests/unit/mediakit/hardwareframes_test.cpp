@@ -159,3 +159,22 @@ TEST_F(HardwareFrames, AFailedTransferIsNotTakenForAConversion)
     PrepareOnDevice(dst, AV_PIX_FMT_NV12);
     EXPECT_EQ(converter.Convert(&src, &dst), 1);
 }
+
+// Frames on a device all look alike from outside.
+TEST_F(HardwareFrames, AnotherContentOfTheSameSizeStartsAnew)
+{
+    MKFrameConverter converter;
+    for (const AVPixelFormat from : {AV_PIX_FMT_NV12, AV_PIX_FMT_YUV420P, AV_PIX_FMT_NV12}) {
+        SCOPED_TRACE("format " + std::to_string(from));
+        MKFrame src;
+        PrepareInMemory(src, from);
+        FillWithRamps(src.GetAVFrame());
+        MKFrame srcOnDevice;
+        PrepareOnDevice(srcOnDevice, from);
+        ASSERT_EQ(av_hwframe_transfer_data(srcOnDevice.GetAVFrame(), src.GetAVFrame(), 0), 0);
+        MKFrame dst;
+        PrepareInMemory(dst, AV_PIX_FMT_BGRA);
+        ASSERT_EQ(converter.Convert(&srcOnDevice, &dst), 1);
+        EXPECT_EQ(BytesOf(dst.GetAVFrame()), Expected(src, AV_PIX_FMT_BGRA));
+    }
+}
