@@ -339,23 +339,6 @@ TEST(FrameConverterSound, SamplesAlreadyInTheFrameAreKept)
     EXPECT_EQ(Samples(data + 6, data + 2048), Samples(reference.begin(), reference.begin() + 2042));
 }
 
-TEST(FrameConverterSound, SteadyStateKeepsTheOutputsBuffers)
-{
-    const MKStreamParameters params = Sound(MKSampleFloatPlanar, 2, 44100, 0);
-    MKFrameConverter converter;
-    MKFrame src;
-    MKFrame dst;
-    ASSERT_TRUE(dst.Allocate(Output(4096)));
-    const uint8_t* buffer = dst.GetAVFrame()->extended_data[0];
-    for (int64_t first = 0; first < 44100; first += 1024) {
-        FillSource(src, params, first, 1024);
-        if (converter.Convert(&src, &dst) == 0) {
-            ASSERT_TRUE(dst.Allocate(Output(4096)));
-        }
-    }
-    EXPECT_EQ(dst.GetAVFrame()->extended_data[0], buffer);
-}
-
 TEST(FrameConverterSound, WhatCannotBeConvertedIsRefused)
 {
     MKFrameConverter converter;
