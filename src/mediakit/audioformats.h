@@ -28,7 +28,8 @@ std::vector<MKAudioCandidate> mkAudioCandidates(const MKStreamParameters& wanted
 // The sum of the squares of samples of one AVSampleFormat, scaled to the 16-bit range; 0 for S64 and unknown formats.
 double mkSumOfSquares(const void* samples, size_t count, int avFormat);
 
-// The kit holds 24 bits in the upper bits of 32, PortAudio in three bytes. Neither range may overlap the other.
+// The kit holds 24 bits in the upper bits of 32, PortAudio in three bytes, lowest first on all machines served here.
+// The ranges must not overlap.
 void mkPack24(const int32_t* samples, size_t count, uint8_t* packed);
 void mkUnpack24(const uint8_t* packed, size_t count, int32_t* samples);
 
