@@ -4,6 +4,7 @@
 
 #include <sapi.h>
 #include <sperror.h>
+#include <wininet.h>
 
 #include <cstddef>
 #include <cstring>
@@ -57,6 +58,12 @@ static_assert(WM_APP == 0x8000 && PM_NOREMOVE == 0 && PM_REMOVE == 1, "messages"
 static_assert(static_cast<DWORD>(INFINITE) == 0xFFFFFFFFu, "INFINITE");
 static_assert(VER_PLATFORM_WIN32_NT == 2 && LOCALE_NAME_MAX_LENGTH == 85 && KEY_READ == 0x20019, "system");
 
+static_assert(ERROR_NOT_FOUND == 1168, "system errors");
+static_assert(INTERNET_OPTION_PER_CONNECTION_OPTION == 75, "proxy query");
+static_assert(INTERNET_PER_CONN_FLAGS == 1 && INTERNET_PER_CONN_PROXY_SERVER == 2, "proxy query");
+static_assert(PROXY_TYPE_DIRECT == 1 && PROXY_TYPE_PROXY == 2, "proxy flags");
+static_assert(PROXY_TYPE_AUTO_PROXY_URL == 4 && PROXY_TYPE_AUTO_DETECT == 8, "proxy flags");
+
 static_assert(SPEI_START_INPUT_STREAM == 1 && SPEI_END_INPUT_STREAM == 2 && SPEI_VOICE_CHANGE == 3, "events");
 static_assert(SPEI_TTS_BOOKMARK == 4 && SPEI_WORD_BOUNDARY == 5 && SPEI_PHONEME == 6, "events");
 static_assert(SPEI_SENTENCE_BOUNDARY == 7 && SPEI_VISEME == 8 && SPEI_TTS_AUDIO_LEVEL == 9, "events");
@@ -77,6 +84,12 @@ static_assert(std::is_same<decltype(SPEVENT::ulStreamNum), ULONG>::value, "SPEVE
 static_assert(std::is_same<decltype(SPEVENT::ullAudioStreamOffset), ULONGLONG>::value, "SPEVENT");
 static_assert(std::is_same<decltype(SPEVENT::wParam), WPARAM>::value, "SPEVENT");
 static_assert(std::is_same<decltype(SPEVENT::lParam), LPARAM>::value, "SPEVENT");
+static_assert(std::is_same<decltype(INTERNET_PER_CONN_OPTIONW::dwOption), DWORD>::value, "proxy query");
+static_assert(std::is_same<decltype(INTERNET_PER_CONN_OPTIONW::Value.dwValue), DWORD>::value, "proxy query");
+static_assert(std::is_same<decltype(INTERNET_PER_CONN_OPTIONW::Value.pszValue), LPWSTR>::value, "proxy query");
+static_assert(std::is_same<decltype(INTERNET_PER_CONN_OPTION_LISTW::dwSize), DWORD>::value, "proxy query");
+static_assert(std::is_same<decltype(INTERNET_PER_CONN_OPTION_LISTW::pszConnection), LPWSTR>::value, "proxy query");
+static_assert(std::is_same<decltype(INTERNET_PER_CONN_OPTION_LISTW::dwOptionCount), DWORD>::value, "proxy query");
 static_assert(offsetof(SPEVENT, ulStreamNum) == 4 && offsetof(SPEVENT, ullAudioStreamOffset) == 8, "SPEVENT");
 static_assert(std::is_same<decltype(WAVEFORMATEX::nSamplesPerSec), DWORD>::value, "WAVEFORMATEX");
 static_assert(offsetof(WAVEFORMATEX, nAvgBytesPerSec) == 8 && offsetof(WAVEFORMATEX, cbSize) == 16, "WAVEFORMATEX");
@@ -177,6 +190,13 @@ struct Arguments {
         a.rate = status;
         FreeLibrary(module);
     }
+    INTERNET_PER_CONN_OPTIONW option = {};
+    INTERNET_PER_CONN_OPTION_LISTW list = {};
+    list.pOptions = &option;
+    DWORD size = sizeof(list);
+    if (!InternetQueryOptionW(nullptr, INTERNET_OPTION_PER_CONNECTION_OPTION, &list, &size))
+        SetLastError(GetLastError());
+    GlobalFree(option.Value.pszValue);
 }
 
 } // namespace

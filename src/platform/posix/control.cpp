@@ -38,6 +38,11 @@ void SetMUIStringPresent(bool present)
     System().muiStringPresent = present;
 }
 
+void SetSystemProxy(ProxySource source)
+{
+    SetProxySource(std::move(source));
+}
+
 void PostNotice(uint64_t owner, std::function<void()> deliver)
 {
     CurrentThreadNotices()->Post(owner, std::move(deliver));
@@ -51,6 +56,7 @@ void RestoreAll()
     SetUILanguage(0);
     SetMUIStringStatus(ERROR_SUCCESS);
     SetMUIStringPresent(true);
+    SetSystemProxy(ProxySource());
 }
 
 } // namespace qxplatform::control

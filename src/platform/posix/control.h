@@ -4,6 +4,7 @@
 
 #include "platform/posix/com.h"
 #include "platform/posix/registry.h"
+#include "platform/posix/systemproxy.h"
 
 #include <cstdint>
 #include <functional>
@@ -28,6 +29,9 @@ void SetUILanguage(LANGID language);
 // What RegLoadMUIStringW answers, ERROR_SUCCESS: the value; and whether GetProcAddress finds it at all.
 void SetMUIStringStatus(LSTATUS status);
 void SetMUIStringPresent(bool present);
+
+// Who names the proxies behind InternetQueryOptionW.
+void SetSystemProxy(ProxySource source);
 
 // Posts a notice to the calling thread's queue.
 void PostNotice(uint64_t owner, std::function<void()> deliver);

@@ -54,6 +54,18 @@ int LCIDToLocaleName(LCID locale, LPWSTR name, int nameLength, DWORD)
     return needed;
 }
 
+static thread_local DWORD lastError = ERROR_SUCCESS;
+
+DWORD GetLastError()
+{
+    return lastError;
+}
+
+void SetLastError(DWORD error)
+{
+    lastError = error;
+}
+
 HMODULE LoadLibraryW(LPCWSTR fileName)
 {
     return fileName && wcscasecmp(fileName, advapi.name) == 0 ? &advapi : nullptr;

@@ -37,6 +37,7 @@ using REGSAM = DWORD;
 using HWND = struct QXWindowHandle*;
 using HMODULE = struct QXModuleHandle*;
 using HKEY = struct QXKeyHandle*;
+using HGLOBAL = void*;
 using FARPROC = INT (*)();
 
 #ifndef TRUE
@@ -71,6 +72,7 @@ using FARPROC = INT (*)();
 #define ERROR_INVALID_HANDLE 6
 #define ERROR_INVALID_PARAMETER 87
 #define ERROR_MORE_DATA 234
+#define ERROR_NOT_FOUND 1168
 
 struct GUID {
     uint32_t Data1;
@@ -145,6 +147,13 @@ int LCIDToLocaleName(LCID locale, LPWSTR name, int nameLength, DWORD flags);
 HMODULE LoadLibraryW(LPCWSTR fileName);
 FARPROC GetProcAddress(HMODULE module, LPCSTR name);
 BOOL FreeLibrary(HMODULE module);
+
+// Of the calling thread; set by the calls that say so.
+DWORD GetLastError();
+void SetLastError(DWORD error);
+
+// Memory that a call hands to its caller. Null, as always.
+HGLOBAL GlobalFree(HGLOBAL memory);
 
 // Registry, for reading.
 
