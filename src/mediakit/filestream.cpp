@@ -108,9 +108,15 @@ const char* MKFileStreamData::OpenDecoder(const AVStream* stream, const AVCodec*
     return nullptr;
 }
 
-bool MKFileStreamData::IsDecoding() const
+bool MKFileStreamData::IsOpen() const
 {
     return codecContext && avcodec_is_open(codecContext);
+}
+
+bool MKFileStreamData::IsDecoding() const
+{
+    return IsOpen() &&
+           (codecContext->codec_type == AVMEDIA_TYPE_AUDIO || codecContext->codec_type == AVMEDIA_TYPE_VIDEO);
 }
 
 void MKFileStreamData::Restart(int64_t target)
