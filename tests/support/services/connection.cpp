@@ -106,6 +106,7 @@ bool Connection::AcceptConnect(ByteStream& stream, RequestReader& reader)
     Request request;
     if (reader.Read(request) != ReadResult::kRequest)
         return false;
+    request.toProxy = true;
     request.connection = m_number;
     const std::size_t colon = request.target.rfind(':');
     m_host = request.host = Lower(request.target.substr(0, colon));

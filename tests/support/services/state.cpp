@@ -79,7 +79,7 @@ std::vector<Request> State::Entries(bool connects) const
     const Guard guard(m_lock);
     std::vector<Request> entries;
     std::copy_if(m_log.begin(), m_log.end(), std::back_inserter(entries),
-                 [connects](const Request& entry) { return (entry.method == "CONNECT") == connects; });
+                 [connects](const Request& entry) { return entry.toProxy == connects; });
     return entries;
 }
 
@@ -129,7 +129,7 @@ void State::Stop()
 std::size_t State::CountRequests() const
 {
     return static_cast<std::size_t>(
-        std::count_if(m_log.begin(), m_log.end(), [](const Request& entry) { return entry.method != "CONNECT"; }));
+        std::count_if(m_log.begin(), m_log.end(), [](const Request& entry) { return !entry.toProxy; }));
 }
 
 bool State::WaitForRequests(std::size_t count, std::chrono::milliseconds limit) const
