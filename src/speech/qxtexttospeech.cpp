@@ -5,6 +5,8 @@
 #include <exception>
 #include <wx/tokenzr.h>
 
+#include "speech/tts_azureapi.h"
+#include "speech/tts_googleapi.h"
 #include "speech/tts_sapi.h"
 
 template class QXSingleton<QXTextToSpeech>;
@@ -37,6 +39,10 @@ QXTextToSpeech::QXTextToSpeech()
 {
     wxTTSHandler* const local = new wxTTSSapiHandler;
     RegisterEngine(local);
+    RegisterEngine(new wxTTSGoogleHandler);
+    wxTTSHandler* const azure = new wxTTSAzureHandler;
+    azure->SetPrevRequestTime(m_sRequestTime); // the service counts requests across instances
+    RegisterEngine(azure);
     m_engine.SetCurrentHandler(local);
 }
 
