@@ -5,6 +5,7 @@
 #include <exception>
 #include <wx/tokenzr.h>
 
+#include "speech/tts_awsapi.h"
 #include "speech/tts_azureapi.h"
 #include "speech/tts_googleapi.h"
 #include "speech/tts_sapi.h"
@@ -39,6 +40,7 @@ QXTextToSpeech::QXTextToSpeech()
 {
     wxTTSHandler* const local = new wxTTSSapiHandler;
     RegisterEngine(local);
+    RegisterEngine(new wxTTSAWSHandler);
     RegisterEngine(new wxTTSGoogleHandler);
     wxTTSHandler* const azure = new wxTTSAzureHandler;
     azure->SetPrevRequestTime(m_sRequestTime); // the service counts requests across instances
