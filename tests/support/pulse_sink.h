@@ -24,6 +24,8 @@ public:
     // The server stops answering and goes on again; it is resumed by the destructor as well.
     void Freeze();
     void Thaw();
+    // The server dies at once, for good.
+    void Kill();
 
     std::string Socket() const { return "unix:" + (m_dir / "native"); }
     std::string FileInDir(const std::string& name) const { return m_dir / name; }
@@ -46,6 +48,8 @@ public:
     SinkRecording(const SinkRecording&) = delete;
     SinkRecording& operator=(const SinkRecording&) = delete;
 
+    // What has been heard up to about now: the recorder is some 20 ms behind.
+    Sound SoFar() const;
     // Waits until the recording is as long as the time that has passed, ends it and gives its first channel.
     Sound Stop();
 
