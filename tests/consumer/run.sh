@@ -27,5 +27,6 @@ g++ -std=c++17 "$here/main.cpp" -o "$scratch/by-pkgconfig" $(wx-config --cxxflag
 wav_is_speech "$scratch/b.wav"
 
 "$scratch/usr/bin/qxspeech-say" --version
+"$scratch/usr/bin/qxspeech-play" --version
 "$scratch/usr/bin/qxspeech-say" -o "$scratch/c.wav" "This program was installed."
 wav_is_speech "$scratch/c.wav"
