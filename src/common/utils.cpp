@@ -5,7 +5,7 @@
 
 #include "common/logging.h"
 
-wxString qxHttpResponseToString(web::http::http_response response, bool ignoreContentType)
+wxString qxHttpResponseToString(const web::http::http_response& response, bool ignoreContentType)
 {
     try {
         const utility::string_t body = response.extract_string(ignoreContentType).get();

@@ -128,7 +128,7 @@ std::string UsableProxy(const std::vector<std::string>& proxies)
 {
     for (const std::string& proxy : proxies) {
         const std::string scheme = SchemeOf(proxy);
-        const std::string address = AddressOf(proxy);
+        std::string address = AddressOf(proxy);
         if ((scheme == "http" || scheme == "https") && !address.empty())
             return address;
     }
