@@ -16,20 +16,36 @@ bool IsSet(const char* variable)
     return value && *value;
 }
 
-// Opens and closes a connection through a library that the toolkit has brought in.
-bool Connects(const char* variable, const char* library, const char* open, const char* close)
+// A connection to the display through a library that the toolkit has brought in. It is kept until the toolkit has its
+// own: a server whose last client leaves may start anew.
+class Connection
 {
-    void* const loaded = IsSet(variable) ? dlopen(library, RTLD_NOW | RTLD_NOLOAD) : nullptr;
-    if (!loaded)
-        return false;
-    const auto connect = reinterpret_cast<void* (*)(const char*)>(dlsym(loaded, open));
-    const auto disconnect = reinterpret_cast<void (*)(void*)>(dlsym(loaded, close));
-    void* const connection = connect && disconnect ? connect(nullptr) : nullptr;
-    if (connection)
-        disconnect(connection);
-    dlclose(loaded);
-    return connection != nullptr;
-}
+public:
+    Connection(const char* variable, const char* library, const char* open, const char* close)
+        : m_library(IsSet(variable) ? dlopen(library, RTLD_NOW | RTLD_NOLOAD) : nullptr)
+    {
+        if (!m_library)
+            return;
+        const auto connect = reinterpret_cast<void* (*)(const char*)>(dlsym(m_library, open));
+        m_disconnect = reinterpret_cast<void (*)(void*)>(dlsym(m_library, close));
+        m_connection = connect && m_disconnect ? connect(nullptr) : nullptr;
+    }
+    ~Connection()
+    {
+        if (m_connection)
+            m_disconnect(m_connection);
+        if (m_library)
+            dlclose(m_library);
+    }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+    bool IsMade() const { return m_connection != nullptr; }
+
+private:
+    void* const m_library;
+    void (*m_disconnect)(void*) = nullptr;
+    void* m_connection = nullptr;
+};
 
 } // namespace
 
@@ -40,15 +56,18 @@ bool Application::HasDisplayName()
 
 bool Application::StartGui()
 {
+    if (m_hasGui)
+        return true;
     // A toolkit whose start has failed cannot be cleaned up, so the display is tried before.
-    if (!m_hasGui &&
-        (Connects("WAYLAND_DISPLAY", "libwayland-client.so.0", "wl_display_connect", "wl_display_disconnect") ||
-         Connects("DISPLAY", "libX11.so.6", "XOpenDisplay", "XCloseDisplay"))) {
-        static wxChar name[] = wxT(QX_PROGRAM_NAME);
-        static wxChar* arguments[] = {name, nullptr};
-        int count = 1;
-        m_hasGui = wxApp::Initialize(count, arguments);
-    }
+    const Connection wayland("WAYLAND_DISPLAY", "libwayland-client.so.0", "wl_display_connect",
+                             "wl_display_disconnect");
+    const Connection x11("DISPLAY", "libX11.so.6", "XOpenDisplay", "XCloseDisplay");
+    if (!wayland.IsMade() && !x11.IsMade())
+        return false;
+    static wxChar name[] = wxT(QX_PROGRAM_NAME);
+    static wxChar* arguments[] = {name, nullptr};
+    int count = 1;
+    m_hasGui = wxApp::Initialize(count, arguments);
     return m_hasGui;
 }
 

@@ -208,9 +208,10 @@ void Playback::TogglePause()
 
 void Playback::SeekBy(int64_t distanceUs)
 {
-    const int64_t target = std::max<int64_t>(Position() + distanceUs, 0);
     if (!CanOpenAgain(m_file))
         return;
+    const int64_t target = std::max<int64_t>(Position() + distanceUs, 0);
+    m_shownUs = 0;
     if (Duration() > 0 && target >= Duration())
         m_isOver = true;
     else if (m_paused)
@@ -270,7 +271,8 @@ void Playback::ShowProgress()
     if (!m_stage.progress.IsShown())
         return;
     const wxString whole = Duration() > 0 ? " / " + FormatTime(Duration()) : wxString();
-    m_stage.progress.Show((m_paused ? "paused at " : "playing, ") + FormatTime(Position()) + whole + "  " + m_label);
+    m_shownUs = std::max(m_shownUs, Position()); // the clock of the sound may step back a little
+    m_stage.progress.Show((m_paused ? "paused at " : "playing, ") + FormatTime(m_shownUs) + whole + "  " + m_label);
 }
 
 } // namespace play

@@ -68,6 +68,7 @@ private:
     bool m_paused = false;
     bool m_isOver = false;   // by the user's wish
     int64_t m_soughtUs = -1; // a position that playing goes to when it is resumed
+    int64_t m_shownUs = 0;   // the latest position on the progress line since the last seek
     KeyDecoder m_decoder;
 };
 

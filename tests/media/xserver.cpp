@@ -37,7 +37,7 @@ XServer::XServer()
         dup2(nowhere, 2);
         dup2(ends[1], 3);
         execlp("Xvfb", "Xvfb", "-displayfd", "3", "-screen", "0", "640x480x24", "-fbdir", m_folder.Path().c_str(),
-               "-nolisten", "tcp", static_cast<char*>(nullptr));
+               "-noreset", "-nolisten", "tcp", static_cast<char*>(nullptr));
         _exit(127);
     }
     close(ends[1]);
