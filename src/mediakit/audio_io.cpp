@@ -20,7 +20,7 @@ constexpr int32_t kUnfixedFrameSize = 192000;
 
 } // namespace
 
-// The stream of MKAudioDisplay. Its time line begins at the first time stamp that was written since it was opened.
+// The stream of MKAudioDisplay. Its time line begins at the first time stamp that was written since it was started.
 class MKAudioDisplayImpl : public MKConsumerImpl, public MKPortAudio
 {
 public:
@@ -39,6 +39,7 @@ public:
     int64_t GetStreamTimeStamp(size_t index) override;
     int GetBufferSize(size_t index) override;
     int Write(size_t index, MKFrame* frame) override;
+    int StartStream();
 
 private:
     std::atomic<int64_t> firstPts{0}; // microseconds
@@ -133,6 +134,14 @@ int MKAudioDisplayImpl::Write(size_t index, MKFrame* frame)
         waitingForFirstPts = false;
     }
     return MKPortAudio::Write(frame);
+}
+
+// The frames of this run may begin elsewhere than those of the last one, after a seek.
+int MKAudioDisplayImpl::StartStream()
+{
+    firstPts = 0;
+    waitingForFirstPts = true;
+    return MKPortAudio::StartStream();
 }
 
 // The stream of MKAudioCapture.

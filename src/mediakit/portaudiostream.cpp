@@ -337,6 +337,7 @@ int MKPortAudio::Write(MKFrame* frame)
     {
         const std::lock_guard<std::mutex> hold(stateLock);
         writeStart = Pa_GetStreamTime(device);
+        writeCount = samples->nb_samples;
     }
     const PaError error = Pa_WriteStream(device, buffer, static_cast<unsigned long>(samples->nb_samples));
     std::unique_lock<std::mutex> hold(stateLock);
@@ -365,6 +366,10 @@ int64_t MKPortAudio::GetPlayTime()
         // A stream that was stopped, not paused, has no time at which the write halted.
         if (now >= 0)
             running = static_cast<int64_t>((now - writeStart) * 1e6 + 0.5);
+        // A write that takes longer than its samples last would take the clock past what it counts in the end. After a
+        // failure the clock runs on, so that a picture which follows it does not freeze.
+        if (!hasFailed)
+            running = std::min(running, writeCount * 1000000 / sampleRate);
     }
     return running - latency + written;
 }

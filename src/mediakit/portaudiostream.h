@@ -124,6 +124,7 @@ private:
     PaTime pausedTotal = 0;
     PaTime pauseStart = -1.0;
     PaTime writeStart = -1.0; // of the write under way
+    int64_t writeCount = 0;   // samples per channel in that write
     bool hasWritten = false;  // since the start
     bool hasFailed = false;   // a write has, since the start
     std::chrono::steady_clock::time_point lastWriteEnd;

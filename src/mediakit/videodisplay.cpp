@@ -31,6 +31,7 @@ public:
     void SetClock(MKClock* newClock, bool owned);
     bool Pause();
     bool Resume();
+    void Restart();
 
     bool Open() override { return Close(); }
     bool Close() override { return CloseStream(0); }
@@ -105,6 +106,13 @@ bool MKVideoDisplayImpl::Resume()
         mkVideoShift(pacing, av_gettime_relative() - pauseStart);
     pauseStart = -1;
     return true;
+}
+
+void MKVideoDisplayImpl::Restart()
+{
+    std::lock_guard<std::mutex> hold(lock);
+    pacing = MKVideoPacing();
+    pauseStart = -1;
 }
 
 MKMediaType MKVideoDisplayImpl::GetStreamType(size_t index)

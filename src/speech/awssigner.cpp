@@ -46,14 +46,14 @@ wxString SignedHeaders(const AWSRequestInfo& info)
     return IsPost(info) ? "content-type;host;x-amz-content-sha256;x-amz-date" : "host;x-amz-date";
 }
 
-wxString CanonicalHeaders(const AWSRequestInfo& info)
+wxString CanonicalHeaders(const AWSRequestInfo& info, const wxString& payloadHash)
 {
     wxString headers;
     if (IsPost(info))
         headers += "content-type:" + info.contentType + "\n";
     headers += wxString::Format("host:%s.%s.%s\n", info.service, info.region, Domain(info.region));
     if (IsPost(info))
-        headers += "x-amz-content-sha256:" + qxSHA256Hex(info.payload) + "\n";
+        headers += "x-amz-content-sha256:" + payloadHash + "\n";
     return headers + "x-amz-date:" + info.amzDate + "\n";
 }
 
@@ -75,11 +75,7 @@ std::string ToHex(const std::string& bytes)
 
 wxString CreateAuthorization(AWSRequestInfo& info)
 {
-    SetDates(info);
-    const std::string key = CreateSigningKey(info.secretKey, info.dateStamp, info.region, info.service);
-    const wxString signature(qxHMACSHA256(key, Narrow(qxspeech::CreateStringToSign(info)), true));
-    return FormatAuthorization(kAlgorithm, info.accessKey, info.dateStamp, info.region, info.service,
-                               SignedHeaders(info), signature.Lower());
+    return qxspeech::CreateAuthorization(info, qxSHA256Hex(info.payload));
 }
 
 wxString CreateRequestUrl(const AWSRequestInfo& info)
@@ -133,16 +129,26 @@ wxString FormatAuthorization(const wxString& algorithm, const wxString& accessKe
 namespace qxspeech
 {
 
-wxString CreateCanonicalRequest(const AWSRequestInfo& info)
+wxString CreateAuthorization(AWSRequestInfo& info, const wxString& payloadHash)
 {
-    return info.method + "\n" + info.canonicalUri + "\n" + info.canonicalQuery + "\n" + CanonicalHeaders(info) + "\n" +
-           SignedHeaders(info) + "\n" + qxSHA256Hex(info.payload);
+    SetDates(info);
+    const std::string key = CreateSigningKey(info.secretKey, info.dateStamp, info.region, info.service);
+    const wxString signature(qxHMACSHA256(key, Narrow(CreateStringToSign(info, payloadHash)), true));
+    return FormatAuthorization(kAlgorithm, info.accessKey, info.dateStamp, info.region, info.service,
+                               SignedHeaders(info), signature.Lower());
 }
 
-wxString CreateStringToSign(const AWSRequestInfo& info)
+wxString CreateCanonicalRequest(const AWSRequestInfo& info, const wxString& payloadHash)
+{
+    return info.method + "\n" + info.canonicalUri + "\n" + info.canonicalQuery + "\n" +
+           CanonicalHeaders(info, payloadHash) + "\n" + SignedHeaders(info) + "\n" + payloadHash;
+}
+
+wxString CreateStringToSign(const AWSRequestInfo& info, const wxString& payloadHash)
 {
     const wxString scope = info.dateStamp + "/" + info.region + "/" + info.service + "/" + kScopeEnd;
-    return wxString(kAlgorithm) + "\n" + info.amzDate + "\n" + scope + "\n" + qxSHA256Hex(CreateCanonicalRequest(info));
+    const wxString request = CreateCanonicalRequest(info, payloadHash);
+    return wxString(kAlgorithm) + "\n" + info.amzDate + "\n" + scope + "\n" + qxSHA256Hex(request);
 }
 
 void SetSigningClock(std::time_t (*clock)())

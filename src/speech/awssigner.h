@@ -45,9 +45,12 @@ wxString FormatAuthorization(const wxString& algorithm, const wxString& accessKe
 namespace qxspeech
 {
 
+// The same for a caller who has qxSHA256Hex of the payload at hand, so that a long one is hashed once.
+wxString CreateAuthorization(AWSRequestInfo& info, const wxString& payloadHash);
+
 // The stages between a request with its date and its signature.
-wxString CreateCanonicalRequest(const AWSRequestInfo& info);
-wxString CreateStringToSign(const AWSRequestInfo& info);
+wxString CreateCanonicalRequest(const AWSRequestInfo& info, const wxString& payloadHash);
+wxString CreateStringToSign(const AWSRequestInfo& info, const wxString& payloadHash);
 
 // Whose time the signatures bear, in seconds since the epoch; null: the system's. For tests, from one thread.
 void SetSigningClock(std::time_t (*clock)());

@@ -76,12 +76,13 @@ CloudResponse RequestSpeech(const AWSSpeechParams& params)
     AWSRequestInfo info = MakeInfo(QXTextToSpeech::GetAuthInfo(), "POST", "/v1/speech");
     info.contentType = kContentType;
     info.payload = wxTTSAWSHandler::CreateRequestBody(params);
-    const wxString authorization = CreateAuthorization(info);
+    const wxString payloadHash = qxSHA256Hex(info.payload);
+    const wxString authorization = qxspeech::CreateAuthorization(info, payloadHash);
     CloudRequest request;
     request.method = CloudRequest::Method::kPost;
     request.url = CreateRequestUrl(info);
     request.headers = {{"Content-Type", kContentType},
-                       {"X-Amz-Content-Sha256", qxSHA256Hex(info.payload)},
+                       {"X-Amz-Content-Sha256", payloadHash},
                        {"X-Amz-Date", info.amzDate},
                        {"Authorization", authorization}};
     request.body = std::string(info.payload.utf8_str());

@@ -4,9 +4,7 @@
 
 #include "speech/ttshandler.h"
 
-struct AWSRequestInfo;
 class MKMediaPlayer;
-class wxJSONValue;
 namespace qxspeech
 {
 class CloudResponse;

@@ -115,8 +115,8 @@ TEST(AwsSigner, EveryStageIsTheOneOfTheGoldenFiles)
         info.method = wxString::FromUTF8(stages["method"]);
         info.canonicalUri = wxString::FromUTF8(stages["uri"]);
         const wxString authorization = CreateAuthorization(info);
-        EXPECT_EQ(Utf8(qxspeech::CreateCanonicalRequest(info)), stages["canonical request"]);
-        EXPECT_EQ(Utf8(qxspeech::CreateStringToSign(info)), stages["string to sign"]);
+        EXPECT_EQ(Utf8(qxspeech::CreateCanonicalRequest(info, qxSHA256Hex(info.payload))), stages["canonical request"]);
+        EXPECT_EQ(Utf8(qxspeech::CreateStringToSign(info, qxSHA256Hex(info.payload))), stages["string to sign"]);
         EXPECT_EQ(Hex(CreateSigningKey(info.secretKey, info.dateStamp, info.region, info.service)),
                   stages["signing key"]);
         EXPECT_EQ(Utf8(authorization), stages["authorization"]);
