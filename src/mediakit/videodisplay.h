@@ -8,7 +8,8 @@ class MKVideoDisplayImpl;
 
 // Where pictures go. A host derives from it, makes and deletes it; it outlives the display that it was given to.
 // AllocateFrame comes from a stream's read thread, Write and Present from its write thread, with the display's lock
-// held: they must not call the display. The others come from any of its threads.
+// held: they must not call the display, nor the transform or player above it, which may be waiting for that thread. The
+// others come from any of its threads.
 class QXSPEECH_API MKVideoSurface
 {
 public:
