@@ -1,5 +1,4 @@
-// A seek opens the file anew: what is decoded ahead would be heard first, and the clocks count from the opening.
-// MIT licence.
+// Opening, the loop while it plays, and what keys do to it. MIT licence.
 #include "playback.h"
 
 #include <algorithm>
@@ -33,13 +32,6 @@ constexpr int64_t kUnknownDuration = 1;
 bool IsAddress(const std::string& file)
 {
     return file.find("://") != std::string::npos;
-}
-
-// A pipe cannot be opened a second time.
-bool CanOpenAgain(const std::string& file)
-{
-    struct stat status = {};
-    return IsAddress(file) || (stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode));
 }
 
 // A colon in the name of a file would be taken for the end of a protocol's name.
@@ -208,8 +200,6 @@ void Playback::TogglePause()
 
 void Playback::SeekBy(int64_t distanceUs)
 {
-    if (!CanOpenAgain(m_file))
-        return;
     const int64_t target = std::max<int64_t>(Position() + distanceUs, 0);
     m_shownUs = 0;
     if (Duration() > 0 && target >= Duration())
@@ -222,10 +212,11 @@ void Playback::SeekBy(int64_t distanceUs)
 
 void Playback::SeekTo(int64_t positionUs)
 {
-    // What cannot seek would begin anew.
+    // What cannot seek, such as a pipe, plays on.
     if (!m_provider->Seek(positionUs))
         return;
-    OpenMedia();
+    // Stop drops what was decoded ahead, and until then the provider was read on.
+    m_stage.player.Stop();
     m_provider->Seek(positionUs);
     Start();
 }

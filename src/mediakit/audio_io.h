@@ -44,7 +44,7 @@ public:
     // The same on the time line of the frames' time stamps.
     int64_t GetStreamDuration(size_t index) override;
     // The time stamp of what is heard now. It lags what was written by the device's latency, stands still in a pause,
-    // and is below the first frame's at the start.
+    // and is below the first frame's at the start; it counts from the first frame after StartStream.
     int64_t GetStreamTimeStamp(size_t index) override;
     bool AllocateFrame(size_t index, MKFrame* frame) override;
     int GetBufferSize(size_t index) override;

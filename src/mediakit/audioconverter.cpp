@@ -46,6 +46,12 @@ Planes FreePlanes(const AVFrame* frame)
 
 } // namespace
 
+// The resampler divides by what it is told.
+bool MKAudioConverter::IsUsable(const End& end)
+{
+    return end.format >= 0 && end.format < AV_SAMPLE_FMT_NB && end.rate >= 1;
+}
+
 MKAudioConverter::~MKAudioConverter()
 {
     swr_free(&swr);
@@ -102,6 +108,8 @@ int MKAudioConverter::Prepare(const AVFrame* src, const AVFrame* dst)
     if (FitsOutput(dst) && newIn == in)
         return 0;
     const End newOut = EndOf(dst);
+    if (!IsUsable(newIn) || !IsUsable(newOut))
+        return AVERROR(EINVAL);
     const double seconds = swr ? static_cast<double>(nextPts) / Scale() : 0;
     swr = mkAllocResampler(swr, newOut.layout, newOut.format, newOut.rate, newIn.layout, newIn.format, newIn.rate);
     const int result = swr ? swr_init(swr) : AVERROR(ENOMEM);

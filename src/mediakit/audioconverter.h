@@ -35,6 +35,7 @@ private:
     };
 
     static End EndOf(const AVFrame* frame);
+    static bool IsUsable(const End& end);
     bool FitsOutput(const AVFrame* dst) const { return swr && out == EndOf(dst); }
     int Prepare(const AVFrame* src, const AVFrame* dst);
     void Forget();

@@ -92,9 +92,14 @@ bool MKMediaPlayer::Play()
     MKAVDisplay* const display = Display();
     if (!display)
         return false;
+    const MKTransformState state = GetState();
+    if (state == MKTransformRunning || state == MKTransformPaused)
+        return MKTransform::Start(); // which refuses; what plays is left alone
     // The device runs before the threads write to it.
     if (display->GetAudioDisplay() && !display->GetAudioDisplay()->StartStream())
         return false;
+    if (display->GetVideoDisplay())
+        display->GetVideoDisplay()->Restart();
     return MKTransform::Start();
 }
 

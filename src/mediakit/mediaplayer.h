@@ -79,7 +79,8 @@ public:
     // Closes what is open, then opens the provider and hands it to the graph. False: it does not open, no stream of it
     // can be played, or the device refuses the sound; the reason stands in the log.
     bool OpenMedia();
-    // Starts the device, then the threads. False: nothing open, already playing, or the device does not start.
+    // Starts the device, then the threads, from where the provider stands: to seek, call Stop, the provider's Seek,
+    // then Play. False: nothing open, already playing, or the device does not start.
     bool Play();
 
     using MKTransform::Open;

@@ -277,6 +277,11 @@ bool MKVideoDisplay::Resume()
     return Impl()->Resume();
 }
 
+void MKVideoDisplay::Restart()
+{
+    Impl()->Restart();
+}
+
 bool MKVideoDisplay::Open()
 {
     return impl->Open();

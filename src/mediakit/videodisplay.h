@@ -54,6 +54,8 @@ public:
     // Between the two no time passes for the stream; a frame whose wait has begun is still shown. Always true.
     bool Pause();
     bool Resume();
+    // The next frame counts as a first one, whatever the time stamp of the last; for a graph that is started again.
+    void Restart();
 
     bool Open() override;
     bool Close() override;
