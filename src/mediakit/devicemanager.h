@@ -29,6 +29,7 @@ public:
 
     static MKAudioDeviceManager* Get();
 
+    // Negative if PortAudio did not run at the first Get.
     int GetDeviceCount();
     // By PortAudio's device index, 0 to GetDeviceCount() - 1.
     std::string GetDeviceId(int index);

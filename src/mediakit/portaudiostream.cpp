@@ -206,8 +206,9 @@ int MKPortAudio::StartStream()
 
 int MKPortAudio::PauseStream()
 {
-    const std::lock_guard<std::mutex> hold(stateLock);
+    std::unique_lock<std::mutex> hold(stateLock);
     if (state != MKPortAudioStarted) {
+        hold.unlock();
         QX_LOG("MKPortAudio::PauseStream invalid state");
         return kInvalid;
     }
@@ -218,8 +219,9 @@ int MKPortAudio::PauseStream()
 
 int MKPortAudio::ResumeStream()
 {
-    const std::lock_guard<std::mutex> hold(stateLock);
+    std::unique_lock<std::mutex> hold(stateLock);
     if (state != MKPortAudioPaused) {
+        hold.unlock();
         QX_LOG("MKPortAudio::ResumeStream invalid state");
         return kInvalid;
     }
@@ -290,8 +292,9 @@ int MKPortAudio::QueryStreamParameters(MKStreamParameters* out)
         QX_LOG("Could not get audio stream parameters, null pointer");
         return kInvalid;
     }
-    const std::lock_guard<std::mutex> hold(stateLock);
+    std::unique_lock<std::mutex> hold(stateLock);
     if (!stream) {
+        hold.unlock();
         QX_LOG("Could not get audio stream parameters, not opened");
         return kInvalid;
     }

@@ -31,8 +31,8 @@ std::string IdOf(const char* name, const pa_proplist* properties)
 } // namespace
 
 // All callbacks of libpulse run on its thread, which holds the main loop's lock then; what is below the loop is guarded
-// by that lock. The order of events at the start: connected, subscribed, then the three questions of Learn, and with
-// the last of their answers what comes is news.
+// by that lock. The order of events at the start: connected, subscribed, then the three questions of Learn. What
+// comes meanwhile is asked for as well, and with the last of all answers what comes is news.
 class DeviceNotices::Connection
 {
 public:
@@ -158,7 +158,8 @@ void DeviceNotices::Connection::Count(pa_operation* operation)
 {
     if (!operation)
         return;
-    ++m_unanswered;
+    if (!m_isLearned)
+        ++m_unanswered;
     pa_operation_unref(operation);
 }
 
@@ -177,8 +178,7 @@ void DeviceNotices::Connection::OnEvent(pa_context* context, pa_subscription_eve
     const int facility = event & PA_SUBSCRIPTION_EVENT_FACILITY_MASK;
     const int type = event & PA_SUBSCRIPTION_EVENT_TYPE_MASK;
     if (facility == PA_SUBSCRIPTION_EVENT_SERVER) {
-        if (pa_operation* const operation = pa_context_get_server_info(context, OnServer, self))
-            pa_operation_unref(operation);
+        connection->Count(pa_context_get_server_info(context, OnServer, self));
         return;
     }
     Side& side = facility == PA_SUBSCRIPTION_EVENT_SINK ? connection->m_outputs : connection->m_inputs;
@@ -190,11 +190,8 @@ void DeviceNotices::Connection::OnEvent(pa_context* context, pa_subscription_eve
 
 void DeviceNotices::Connection::Query(Side& side, uint32_t index)
 {
-    pa_operation* const operation = side.isInput
-                                        ? pa_context_get_source_info_by_index(m_context, index, OnSource, &side)
-                                        : pa_context_get_sink_info_by_index(m_context, index, OnSink, &side);
-    if (operation)
-        pa_operation_unref(operation);
+    Count(side.isInput ? pa_context_get_source_info_by_index(m_context, index, OnSource, &side)
+                       : pa_context_get_sink_info_by_index(m_context, index, OnSink, &side));
 }
 
 void DeviceNotices::Connection::OnSink(pa_context*, const pa_sink_info* info, int end, void* side)
