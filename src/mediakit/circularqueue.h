@@ -15,7 +15,7 @@ template <class T>
 class CircularQueue
 {
 public:
-    explicit CircularQueue(size_t capacity) : capacity(capacity), slots(capacity ? new T[capacity] : nullptr) {}
+    explicit CircularQueue(size_t slotCount) : capacity(slotCount), slots(slotCount ? new T[slotCount] : nullptr) {}
     // Wakes all waiters; the owner sees to it that no thread is left inside.
     virtual ~CircularQueue() { Close(); }
     CircularQueue(const CircularQueue&) = delete;

@@ -225,7 +225,7 @@ public:
 class QXSPEECH_API MKNodeStreamClock : public MKClock
 {
 public:
-    MKNodeStreamClock(MKNode* node, size_t stream) : node(node), stream(stream) {}
+    MKNodeStreamClock(MKNode* source, size_t index) : node(source), stream(index) {}
 
     int64_t GetTime() override;
 

@@ -1,0 +1,174 @@
+// The graph of one provider, one consumer and the pumps between them. MIT licence.
+#include "mediakit/transform.h"
+
+#include <list>
+#include <memory>
+#include <mutex>
+
+#include "common/logging.h"
+#include "mediakit/streamtransform.h"
+
+// lock is the outermost lock of the kit's graphs; the pumps' threads never take it.
+struct MKTransform::Record {
+    std::mutex lock;
+    // guarded by lock
+    std::unique_ptr<MKProvider> provider;
+    std::unique_ptr<MKConsumer> consumer; // may be null
+    std::list<std::unique_ptr<MKStreamTransform>> streams;
+    MKTransformState state = MKTransformClosed;
+    bool hardwareConversion = true;
+
+    void Close();
+    bool OpenNodes();
+    bool OpenStream(size_t index, const std::function<void(MKStreamParameters*)>& filter);
+    bool AllStreams(bool (MKStreamTransform::*operation)());
+};
+
+// The threads go first, the consumer before the provider.
+void MKTransform::Record::Close()
+{
+    streams.clear();
+    consumer.reset();
+    provider.reset();
+    state = MKTransformClosed;
+}
+
+bool MKTransform::Record::OpenNodes()
+{
+    return provider && provider->Open() && (!consumer || consumer->Open());
+}
+
+// A stream that the filter or the provider refuses is passed over; false if the consumer refuses it.
+bool MKTransform::Record::OpenStream(size_t index, const std::function<void(MKStreamParameters*)>& filter)
+{
+    MKStreamParameters params;
+    params.type = provider->GetStreamType(index);
+    filter(&params);
+    if (params.type == MKMediaNone || !provider->OpenStream(index, &params))
+        return true;
+    filter(&params);
+    if (!consumer)
+        return true;
+    const size_t consumerIndex = static_cast<size_t>(consumer->GetStreamCount());
+    if (!consumer->OpenStream(consumerIndex, &params))
+        return false;
+    streams.push_back(
+        std::make_unique<MKStreamTransform>(provider.get(), consumer.get(), index, consumerIndex, hardwareConversion));
+    return true;
+}
+
+bool MKTransform::Record::AllStreams(bool (MKStreamTransform::*operation)())
+{
+    for (const std::unique_ptr<MKStreamTransform>& stream : streams) {
+        if (!(stream.get()->*operation)())
+            return false;
+    }
+    return true;
+}
+
+MKTransform::MKTransform() : record(new Record) {}
+
+MKTransform::~MKTransform()
+{
+    MKTransform::Close();
+    delete record;
+}
+
+bool MKTransform::Open(MKProvider* provider, MKConsumer* consumer, std::function<void(MKStreamParameters*)> filter)
+{
+    Close();
+    std::lock_guard<std::mutex> hold(record->lock);
+    record->Close(); // a derived class may have refused to
+    record->provider.reset(provider);
+    record->consumer.reset(consumer);
+    if (!record->OpenNodes())
+        return false;
+    const int count = provider->GetStreamCount();
+    for (int i = 0; i < count; ++i) {
+        if (!record->OpenStream(static_cast<size_t>(i), filter))
+            return false;
+    }
+    record->state = MKTransformReady;
+    return !consumer || !record->streams.empty();
+}
+
+bool MKTransform::Close()
+{
+    std::lock_guard<std::mutex> hold(record->lock);
+    record->Close();
+    return true;
+}
+
+bool MKTransform::Start()
+{
+    std::lock_guard<std::mutex> hold(record->lock);
+    if (record->state != MKTransformReady && record->state != MKTransformStopped) {
+        QX_LOG("MKTransform not ready");
+        return false;
+    }
+    if (!record->AllStreams(&MKStreamTransform::Start))
+        return false;
+    record->state = MKTransformRunning;
+    return true;
+}
+
+bool MKTransform::Pause()
+{
+    std::lock_guard<std::mutex> hold(record->lock);
+    if (record->state != MKTransformRunning) {
+        QX_LOG("MKTransform not running");
+        return false;
+    }
+    if (!record->AllStreams(&MKStreamTransform::Pause))
+        return false;
+    record->state = MKTransformPaused;
+    return true;
+}
+
+bool MKTransform::Resume()
+{
+    std::lock_guard<std::mutex> hold(record->lock);
+    if (record->state != MKTransformPaused) {
+        QX_LOG("MKTransform not pausing");
+        return false;
+    }
+    if (!record->AllStreams(&MKStreamTransform::Resume))
+        return false;
+    record->state = MKTransformRunning;
+    return true;
+}
+
+bool MKTransform::Stop()
+{
+    std::lock_guard<std::mutex> hold(record->lock);
+    if (record->state != MKTransformRunning && record->state != MKTransformPaused)
+        return true;
+    if (!record->AllStreams(&MKStreamTransform::Stop))
+        return false;
+    record->state = MKTransformStopped;
+    return true;
+}
+
+MKTransformState MKTransform::GetState() const
+{
+    std::lock_guard<std::mutex> hold(record->lock);
+    if (record->state != MKTransformRunning)
+        return record->state;
+    for (const std::unique_ptr<MKStreamTransform>& stream : record->streams) {
+        if (stream->GetState() == MKTransformRunning)
+            return MKTransformRunning;
+    }
+    return MKTransformStopped;
+}
+
+MKConsumer* MKTransform::GetConsumer() const
+{
+    std::lock_guard<std::mutex> hold(record->lock);
+    return record->consumer.get();
+}
+
+void MKTransform::SetHardwareConversion(bool enable)
+{
+    std::lock_guard<std::mutex> hold(record->lock);
+    record->hardwareConversion = enable;
+}
