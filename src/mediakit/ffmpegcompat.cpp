@@ -96,6 +96,12 @@ void mkEnsureChannelLayout(AVCodecContext* context)
     context->channels = channels;
 }
 
+void mkAllowTruncatedPackets(AVCodecContext* context, const AVCodec* decoder)
+{
+    if (decoder->capabilities & AV_CODEC_CAP_TRUNCATED)
+        context->flags |= AV_CODEC_FLAG_TRUNCATED;
+}
+
 SwrContext* mkAllocResampler(SwrContext* kept, int64_t outLayout, int outFormat, int outRate, int64_t inLayout,
                              int inFormat, int inRate)
 {

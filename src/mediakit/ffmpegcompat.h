@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+struct AVCodec;
 struct AVFrame;
 struct AVCodecContext;
 struct AVCodecParameters;
@@ -19,6 +20,8 @@ int mkChannelCount(const AVCodecParameters* parameters);
 int mkChannelCount(const AVCodecContext* context);
 // Gives a decoder that was opened without a layout the default one for its channel count.
 void mkEnsureChannelLayout(AVCodecContext* context);
+// Before opening: packets may be cut anywhere, where the decoder can do with that.
+void mkAllowTruncatedPackets(AVCodecContext* context, const AVCodec* decoder);
 // A resampler for these layouts, AVSampleFormats and rates (samples per second), made on the kept context or anew.
 // Null: no memory or impossible parameters, the kept context then is gone.
 SwrContext* mkAllocResampler(SwrContext* kept, int64_t outLayout, int outFormat, int outRate, int64_t inLayout,

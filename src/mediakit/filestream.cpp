@@ -1,0 +1,152 @@
+// Decoder and time stamps of one stream. MIT licence.
+#include "mediakit/filestream.h"
+
+extern "C" {
+#include <libavutil/common.h>
+#include <libavutil/hwcontext.h>
+#include <libavutil/mathematics.h>
+}
+
+#include <algorithm>
+#include <thread>
+
+#include "common/logging.h"
+#include "mediakit/d3d11device.h"
+#include "mediakit/ffmpegcompat.h"
+
+namespace
+{
+
+const AVRational kMicroseconds = {1, 1000000};
+const int64_t kSecond = 1000000;
+const unsigned kMostDecoderThreads = 16;
+
+bool DecodesOnD3D11(const AVCodecHWConfig& config)
+{
+    return (config.methods & AV_CODEC_HW_CONFIG_METHOD_HW_DEVICE_CTX) != 0 &&
+           config.device_type == AV_HWDEVICE_TYPE_D3D11VA && config.pix_fmt == AV_PIX_FMT_D3D11;
+}
+
+// Without a device, or where it cannot be used, the decoder stays in software.
+void UseDevice(AVCodecContext* context, const AVCodec* decoder, ID3D11Device* device,
+               ID3D11DeviceContext* deviceContext)
+{
+    if (!device || !deviceContext)
+        return;
+    for (int i = 0; const AVCodecHWConfig* config = avcodec_get_hw_config(decoder, i); ++i) {
+        if (!DecodesOnD3D11(*config))
+            continue;
+        context->hw_device_ctx = mkCreateD3D11DeviceContext(device, deviceContext);
+        if (context->hw_device_ctx) {
+            context->get_format = mkChooseDecoderFormat;
+            return;
+        }
+    }
+}
+
+// How long a picture lasts that does not say so itself.
+int64_t PictureDuration(const AVCodecContext& context, const AVStream* stream)
+{
+    const AVRational rate = context.framerate;
+    if (rate.num <= 0 || rate.den <= 0 || context.ticks_per_frame <= 0)
+        return 0;
+    const AVCodecParserContext* parser = av_stream_get_parser(stream);
+    const int64_t ticks = parser ? int64_t{parser->repeat_pict} + 1 : context.ticks_per_frame;
+    return std::max<int64_t>(0, av_rescale_rnd(rate.den * ticks, kSecond, rate.num, AV_ROUND_ZERO)) /
+           context.ticks_per_frame;
+}
+
+} // namespace
+
+AVPixelFormat mkChooseDecoderFormat(AVCodecContext*, const AVPixelFormat* offered)
+{
+    if (*offered == AV_PIX_FMT_NONE) {
+        QX_LOG("Could not get pixel format");
+        return AV_PIX_FMT_NONE;
+    }
+    for (const AVPixelFormat* format = offered; *format != AV_PIX_FMT_NONE; ++format) {
+        if (*format == AV_PIX_FMT_D3D11)
+            return *format;
+    }
+    return *offered;
+}
+
+MKFileStreamData::~MKFileStreamData()
+{
+    avcodec_free_context(&codecContext);
+}
+
+const char* MKFileStreamData::OpenDecoder(const AVStream* stream, const AVCodec* decoder, ID3D11Device* device,
+                                          ID3D11DeviceContext* deviceContext)
+{
+    codecContext = avcodec_alloc_context3(decoder);
+    if (!codecContext)
+        return "Could not open stream, context allocation failed";
+    if (avcodec_parameters_to_context(codecContext, stream->codecpar) < 0)
+        return "Could not copy codec parameters";
+    // Lets the decoder move the time stamp of a frame whose first samples it skips.
+    codecContext->pkt_timebase = stream->time_base;
+    const AVMediaType type = stream->codecpar->codec_type;
+    if (type == AVMEDIA_TYPE_VIDEO) {
+        codecContext->thread_count =
+            static_cast<int>(std::min(std::thread::hardware_concurrency(), kMostDecoderThreads));
+        UseDevice(codecContext, decoder, device, deviceContext);
+    }
+    if (type == AVMEDIA_TYPE_AUDIO)
+        mkAllowTruncatedPackets(codecContext, decoder);
+    if (avcodec_open2(codecContext, decoder, nullptr) < 0)
+        return "Could not open stream, open codec failed";
+    if (type == AVMEDIA_TYPE_AUDIO)
+        mkEnsureChannelLayout(codecContext);
+    return nullptr;
+}
+
+bool MKFileStreamData::IsDecoding() const
+{
+    return codecContext && avcodec_is_open(codecContext);
+}
+
+void MKFileStreamData::Restart(int64_t target)
+{
+    avcodec_flush_buffers(codecContext);
+    timeStamp = target;
+    nextPts = target;
+    lastRescalePts = AV_NOPTS_VALUE;
+}
+
+void MKFileStreamData::Stamp(const AVStream* stream, AVFrame* frame)
+{
+    ++frameCount;
+    if (codecContext->codec_type == AVMEDIA_TYPE_AUDIO)
+        StampAudio(stream->time_base, frame);
+    else if (codecContext->codec_type == AVMEDIA_TYPE_VIDEO)
+        StampVideo(stream, frame);
+    else if (frame->pts != AV_NOPTS_VALUE)
+        frame->pts = av_rescale_q(frame->pts, stream->time_base, kMicroseconds);
+    timeStamp = frame->pts;
+}
+
+// Container time bases can be coarser than a sample: the samples counted since the last frame make the times even.
+void MKFileStreamData::StampAudio(AVRational timeBase, AVFrame* frame)
+{
+    const int samples = std::max(frame->nb_samples, 0);
+    const int rate = codecContext->sample_rate;
+    sampleCount += samples;
+    if (frame->pts == AV_NOPTS_VALUE)
+        frame->pts = nextPts;
+    else if (rate > 0)
+        frame->pts = av_rescale_delta(timeBase, frame->pts, {1, rate}, samples, &lastRescalePts, kMicroseconds);
+    else
+        frame->pts = av_rescale_q(frame->pts, timeBase, kMicroseconds);
+    if (rate > 0)
+        nextPts = av_sat_add64(nextPts, samples * kSecond / rate);
+}
+
+void MKFileStreamData::StampVideo(const AVStream* stream, AVFrame* frame)
+{
+    frame->pts = frame->pts == AV_NOPTS_VALUE ? nextPts : av_rescale_q(frame->pts, stream->time_base, kMicroseconds);
+    const int64_t duration = frame->pkt_duration != 0
+                                 ? av_rescale_q(frame->pkt_duration, stream->time_base, kMicroseconds)
+                                 : PictureDuration(*codecContext, stream);
+    nextPts = av_sat_add64(nextPts, duration);
+}

@@ -1,0 +1,50 @@
+// One opened stream of a file: its decoder and its time stamps. MIT licence.
+#ifndef QXSPEECH_MEDIAKIT_FILESTREAM_H
+#define QXSPEECH_MEDIAKIT_FILESTREAM_H
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+}
+
+#include <cstdint>
+
+struct ID3D11Device;
+struct ID3D11DeviceContext;
+
+// Owned by the provider, used under its lock. Times are microseconds.
+struct MKFileStreamData {
+    MKFileStreamData() = default;
+    ~MKFileStreamData();
+    MKFileStreamData(const MKFileStreamData&) = delete;
+    MKFileStreamData& operator=(const MKFileStreamData&) = delete;
+
+    // Makes the decoder's context and opens it; a null device leaves decoding in software. Null: done, else what went
+    // wrong, and the context may exist without being open.
+    const char* OpenDecoder(const AVStream* stream, const AVCodec* decoder, ID3D11Device* device,
+                            ID3D11DeviceContext* deviceContext);
+    // True if frames can be asked for.
+    bool IsDecoding() const;
+    // Forgets what the decoder holds and goes on at target.
+    void Restart(int64_t target);
+    // Counts a decoded frame and turns its time stamp into microseconds.
+    void Stamp(const AVStream* stream, AVFrame* frame);
+
+    AVCodecContext* codecContext = nullptr; // owned
+    int64_t timeStamp = AV_NOPTS_VALUE;     // of the last frame given
+    int64_t nextPts = 0;                    // expected of the next frame
+    int64_t lastRescalePts = AV_NOPTS_VALUE;
+    int64_t frameCount = 0;  // given
+    int64_t sampleCount = 0; // given, per channel
+    bool discard = false;
+
+private:
+    void StampAudio(AVRational timeBase, AVFrame* frame);
+    void StampVideo(const AVStream* stream, AVFrame* frame);
+};
+
+// Of the formats that a decoder offers (the list ends with AV_PIX_FMT_NONE) the one on a Direct3D 11 device, else the
+// first. The form is that of AVCodecContext::get_format.
+AVPixelFormat mkChooseDecoderFormat(AVCodecContext* context, const AVPixelFormat* offered);
+
+#endif
