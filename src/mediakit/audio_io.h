@@ -6,6 +6,9 @@
 
 #include "mediakit/mediakit.h"
 
+class MKAudioDisplayImpl;
+class MKAudioCaptureImpl;
+
 // Plays frames on one audio device, as its only stream, index 0. Made with new and deleted by whoever made it; deleting
 // closes the device. The host has started PortAudio before. Life of the stream:
 //
@@ -54,6 +57,9 @@ public:
     // The clock stands at once; what the device holds already is still heard.
     bool PauseStream();
     bool ResumeStream();
+
+private:
+    MKAudioDisplayImpl* stream; // the same object as impl
 };
 
 // Records from one audio device, as its only stream, index 0. Made with new and deleted by whoever made it; deleting
@@ -99,6 +105,9 @@ public:
     bool ResumeStream();
     // The smoothed level of all channels, 0 to 1. Any thread.
     double GetLevel();
+
+private:
+    MKAudioCaptureImpl* stream; // the same object as impl
 };
 
 #endif
