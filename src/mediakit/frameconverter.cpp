@@ -5,7 +5,10 @@ extern "C" {
 #include <libavutil/frame.h>
 }
 
+#include <memory>
+
 #include "mediakit/audioconverter.h"
+#include "mediakit/videoconverter.h"
 
 namespace
 {
@@ -28,7 +31,7 @@ public:
             return AVERROR(EINVAL);
         if (!IsPicture(input) && !IsPicture(output))
             return audio.Convert(input, output, dst->GetFrameSize());
-        return AVERROR(ENOSYS);
+        return input ? video->Convert(input, output) : AVERROR(EAGAIN);
     }
 
     int Drain(MKFrame* src, MKFrame* dst)
@@ -42,10 +45,11 @@ public:
         return audio.Drain(input, output, dst->GetFrameSize());
     }
 
-    bool hardwareConversion = true;
+    void SetHardwareConversion(bool enable) { video->SetHardwareConversion(enable); }
 
 private:
     MKAudioConverter audio;
+    std::unique_ptr<MKVideoConverter> video = mkMakeVideoConverter();
 };
 
 MKFrameConverter::MKFrameConverter() : impl(new MKFrameConverterImpl) {}
@@ -57,7 +61,7 @@ MKFrameConverter::~MKFrameConverter()
 
 void MKFrameConverter::SetHardwareConversion(bool enable)
 {
-    impl->hardwareConversion = enable;
+    impl->SetHardwareConversion(enable);
 }
 
 int MKFrameConverter::Convert(MKFrame* src, MKFrame* dst)

@@ -24,7 +24,7 @@ public:
     // The server stops answering and goes on again; it is resumed by the destructor as well.
     void Freeze();
     void Thaw();
-    // The server dies without a word to anybody.
+    // The server dies at once, for good.
     void Kill();
 
     std::string Socket() const { return "unix:" + (m_dir / "native"); }
