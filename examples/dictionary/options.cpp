@@ -1,10 +1,7 @@
 // wxCmdLineParser does the splitting; commands and their arguments are checked here. MIT licence.
 #include "options.h"
 
-#include <wx/cmdline.h>
-#include <wx/msgout.h>
-
-#include "../common/exitstatus.h"
+#include "../common/commandline.h"
 
 namespace dictionary
 {
@@ -31,27 +28,6 @@ const struct {
     {"check", Command::kCheck, 0, "check"},
 };
 
-[[noreturn]] void Refuse(const wxString& text)
-{
-    throw tool::Failure{tool::kExitUsage, text};
-}
-
-// The parser reports through the one message output that there is; this one keeps the text.
-class MessageCollector : public wxMessageOutput
-{
-public:
-    MessageCollector() : m_previous(wxMessageOutput::Set(this)) {}
-    ~MessageCollector() override { wxMessageOutput::Set(m_previous); }
-    MessageCollector(const MessageCollector&) = delete;
-    MessageCollector& operator=(const MessageCollector&) = delete;
-    void Output(const wxString& text) override { m_text += text; }
-    wxString FirstLine() const { return m_text.Strip(wxString::both).BeforeFirst('\n'); }
-
-private:
-    wxMessageOutput* const m_previous; // not owned
-    wxString m_text;
-};
-
 Options Collect(const wxCmdLineParser& parser)
 {
     Options options;
@@ -63,47 +39,36 @@ Options Collect(const wxCmdLineParser& parser)
     }
     const size_t count = parser.GetParamCount();
     if (count < 2)
-        Refuse("give a file and a command (see --help)");
+        tool::RefuseUsage("give a file and a command (see --help)");
     options.file = parser.GetParam(0);
     if (options.file.empty())
-        Refuse("the file's name is empty");
+        tool::RefuseUsage("the file's name is empty");
     const wxString name = parser.GetParam(1);
     for (const auto& row : kCommands) {
         if (name != row.name)
             continue;
         if (count != 2 + row.arguments)
-            Refuse(wxString("the command is: FILE ") + row.form + " (quote what holds blanks)");
+            tool::RefuseUsage(wxString("the command is: FILE ") + row.form + " (quote what holds blanks)");
         options.command = row.command;
         options.word = row.arguments > 0 ? parser.GetParam(2) : wxString();
         options.replacement = row.arguments > 1 ? parser.GetParam(3) : wxString();
         return options;
     }
-    Refuse(name + ": no command; it is list, find, add, remove or check (see --help)");
+    tool::RefuseUsage(name + ": no command; it is list, find, add, remove or check (see --help)");
 }
 
 } // namespace
 
 Options ParseOptions(const std::vector<std::string>& arguments)
 {
-    std::vector<wxString> texts{QX_PROGRAM_NAME};
+    std::vector<wxString> texts;
     for (const std::string& argument : arguments) {
         texts.push_back(wxString::FromUTF8(argument.c_str()));
         if (texts.back().empty() && !argument.empty())
-            Refuse("an argument is not valid UTF-8");
+            tool::RefuseUsage("an argument is not valid UTF-8");
     }
-    std::vector<wxChar*> pointers; // the parser copies the texts and changes nothing
-    pointers.reserve(texts.size());
-    for (wxString& text : texts)
-        pointers.push_back(const_cast<wxChar*>(text.wc_str()));
-
-    wxCmdLineParser parser(static_cast<int>(pointers.size()), pointers.data());
-    parser.SetSwitchChars("-");
-    parser.SetDesc(kEntries);
-    const MessageCollector messages;
-    if (parser.Parse(false) != 0) {
-        const wxString reason = messages.FirstLine();
-        Refuse((reason.empty() ? wxString("the command line cannot be read") : reason) + " (see --help)");
-    }
+    wxCmdLineParser parser;
+    tool::ParseCommandLine(parser, kEntries, texts);
     return Collect(parser);
 }
 

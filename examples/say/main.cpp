@@ -7,11 +7,11 @@
 #include <vector>
 #include <wx/init.h>
 
-#include "audiosession.h"
+#include "../common/audiosession.h"
+#include "../common/interrupt.h"
 #include "common/version.h"
 #include "console.h"
 #include "exitstatus.h"
-#include "interrupt.h"
 #include "options.h"
 #include "output.h"
 #include "preparation.h"
@@ -80,7 +80,7 @@ void Say(const Options& options)
     instance.Engine().SetTransformer(&preparation.Transformer());
     // Last, so that a wrong command line is told as such on a machine without sound, too.
     if (!output)
-        audio.emplace();
+        audio.emplace(AudioSession::Needs::kOutput, "use -o FILE to write a WAV file");
     SpeakToEnd(instance.Engine(), preparation.ForSpeech(text), options, output.get());
     if (output)
         output->Commit();

@@ -1,10 +1,7 @@
 // wxCmdLineParser does the splitting; what the values mean is checked here. MIT licence.
 #include "options.h"
 
-#include <wx/cmdline.h>
-#include <wx/msgout.h>
-#include <wx/strconv.h>
-
+#include "../common/commandline.h"
 #include "exitstatus.h"
 
 namespace say
@@ -46,51 +43,14 @@ const wxCmdLineEntryDesc kEntries[] = {
      wxCMD_LINE_PARAM_OPTIONAL | wxCMD_LINE_PARAM_MULTIPLE},
     wxCMD_LINE_DESC_END};
 
-// Arguments are bytes, mostly UTF-8; any other byte takes a round trip through a private character.
-const wxMBConvUTF8& ArgumentConversion()
-{
-    static const wxMBConvUTF8 conversion(wxMBConvUTF8::MAP_INVALID_UTF8_TO_PUA);
-    return conversion;
-}
-
-wxString FromBytes(const std::string& bytes)
-{
-    return wxString(bytes.data(), ArgumentConversion(), bytes.size());
-}
-
-std::string ToBytes(const wxString& text)
-{
-    const wxScopedCharBuffer bytes = text.mb_str(ArgumentConversion());
-    return std::string(bytes.data(), bytes.length());
-}
-
-// The parser reports through the one message output that there is; this one keeps the text.
-class MessageCollector : public wxMessageOutput
-{
-public:
-    MessageCollector() : m_previous(wxMessageOutput::Set(this)) {}
-    ~MessageCollector() override { wxMessageOutput::Set(m_previous); }
-    void Output(const wxString& text) override { m_text += text; }
-    wxString FirstLine() const { return m_text.Strip(wxString::both).BeforeFirst('\n'); }
-
-private:
-    wxMessageOutput* const m_previous; // not owned
-    wxString m_text;
-};
-
-[[noreturn]] void Refuse(const wxString& text)
-{
-    throw Failure{kExitUsage, text};
-}
-
 void ReadQuantity(const wxCmdLineParser& parser, const char* name, Quantity& quantity)
 {
     wxString text;
     if (!parser.Found(name, &text) || ParseQuantity(text, quantity))
         return;
     if (text.EndsWith("%"))
-        Refuse(wxString("--") + name + " " + text + ": a percentage goes from 0% to 100%");
-    Refuse(wxString("--") + name + " " + text + ": not a number; give one of the engine's range, or 0% to 100%");
+        RefuseUsage(wxString("--") + name + " " + text + ": a percentage goes from 0% to 100%");
+    RefuseUsage(wxString("--") + name + " " + text + ": not a number; give one of the engine's range, or 0% to 100%");
 }
 
 std::string ReadBytes(const wxCmdLineParser& parser, const char* name, bool* found = nullptr)
@@ -100,7 +60,7 @@ std::string ReadBytes(const wxCmdLineParser& parser, const char* name, bool* fou
     if (found)
         *found = isFound;
     if (isFound && text.empty())
-        Refuse(wxString(name[1] ? "--" : "-") + name + ": the name is empty");
+        RefuseUsage(wxString(name[1] ? "--" : "-") + name + ": the name is empty");
     return ToBytes(text);
 }
 
@@ -112,7 +72,7 @@ void ReadPreparation(const wxCmdLineParser& parser, Options& options)
     options.headings = parser.Found("headings");
     options.saveText = ReadBytes(parser, "save-text", &options.hasSaveText);
     if (options.hasSaveText && options.hasOutput)
-        Refuse("--save-text does not speak; give it without -o");
+        RefuseUsage("--save-text does not speak; give it without -o");
 }
 
 void ReadInputForm(const wxCmdLineParser& parser, Options& options)
@@ -120,7 +80,7 @@ void ReadInputForm(const wxCmdLineParser& parser, Options& options)
     wxString name;
     options.hasInputForm = parser.Found("input", &name);
     if (options.hasInputForm && !ParseInputForm(name, options.inputForm))
-        Refuse("--input " + name + ": it is text, html, ssml or native");
+        RefuseUsage("--input " + name + ": it is text, html, ssml or native");
     if (!options.hasInputForm && options.source == TextSource::kFile)
         options.inputForm = GuessInputForm(FromBytes(options.file));
 }
@@ -131,10 +91,10 @@ void ReadSource(const wxCmdLineParser& parser, Options& options, bool inputIsTer
     options.file = ReadBytes(parser, "f", &hasFile);
     const size_t count = parser.GetParamCount();
     if (hasFile && count > 0)
-        Refuse("give the text as arguments or with -f, not both");
+        RefuseUsage("give the text as arguments or with -f, not both");
     const bool dash = hasFile ? options.file == "-" : count == 1 && parser.GetParam(0) == "-";
     if (!hasFile && count == 0 && inputIsTerminal)
-        Refuse("no text; give it as arguments, with -f FILE, or on standard input (see --help)");
+        RefuseUsage("no text; give it as arguments, with -f FILE, or on standard input (see --help)");
     if (dash || (!hasFile && count == 0)) {
         options.source = TextSource::kStandardInput;
         return;
@@ -163,7 +123,7 @@ Options Collect(const wxCmdLineParser& parser, bool inputIsTerminal)
     parser.Found("v", &options.voice);
     parser.Found("lang", &options.language);
     if (!options.listVoices && (options.json || parser.Found("lang")))
-        Refuse("--lang and --json go with -L");
+        RefuseUsage("--lang and --json go with -L");
     ReadQuantity(parser, "rate", options.rate);
     ReadQuantity(parser, "pitch", options.pitch);
     ReadQuantity(parser, "volume", options.volume);
@@ -171,12 +131,12 @@ Options Collect(const wxCmdLineParser& parser, bool inputIsTerminal)
     ReadPreparation(parser, options);
     const bool lists = options.listVoices || options.listEngines;
     if (lists && parser.GetParamCount() > 0)
-        Refuse("a list takes no text");
+        RefuseUsage("a list takes no text");
     if (!lists)
         ReadSource(parser, options, inputIsTerminal);
     ReadInputForm(parser, options);
     if (!lists && options.headings && options.inputForm != InputForm::kHtml)
-        Refuse("--headings goes with HTML (--input html)");
+        RefuseUsage("--headings goes with HTML (--input html)");
     return options;
 }
 
@@ -184,22 +144,11 @@ Options Collect(const wxCmdLineParser& parser, bool inputIsTerminal)
 
 Options ParseOptions(const std::vector<std::string>& arguments, bool inputIsTerminal)
 {
-    std::vector<wxString> texts{"qxspeech-say"};
+    std::vector<wxString> texts;
     for (const std::string& argument : arguments)
         texts.push_back(FromBytes(argument));
-    std::vector<wxChar*> pointers; // the parser copies the texts and changes nothing
-    pointers.reserve(texts.size());
-    for (wxString& text : texts)
-        pointers.push_back(const_cast<wxChar*>(text.wc_str()));
-
-    wxCmdLineParser parser(static_cast<int>(pointers.size()), pointers.data());
-    parser.SetSwitchChars("-");
-    parser.SetDesc(kEntries);
-    MessageCollector messages;
-    if (parser.Parse(false) != 0) {
-        const wxString reason = messages.FirstLine();
-        Refuse((reason.empty() ? wxString("the command line cannot be read") : reason) + " (see --help)");
-    }
+    wxCmdLineParser parser;
+    ParseCommandLine(parser, kEntries, texts);
     return Collect(parser, inputIsTerminal);
 }
 
@@ -209,15 +158,7 @@ wxString UsageText()
                     "       qxspeech-say [options] -f FILE\n"
                     "       ... | qxspeech-say [options]\n"
                     "Speaks text on the default audio device, or writes it to a WAV file.\n\n";
-    for (const wxCmdLineEntryDesc& entry : kEntries) {
-        if (entry.kind != wxCMD_LINE_OPTION && entry.kind != wxCMD_LINE_SWITCH)
-            continue;
-        wxString names = entry.shortName ? wxString("-") + entry.shortName + ", --" : wxString("    --");
-        names += entry.longName;
-        if (entry.kind == wxCMD_LINE_OPTION)
-            names += " VALUE";
-        text += "  " + names.Pad(names.length() < 24 ? 24 - names.length() : 1) + wxString(entry.description) + "\n";
-    }
+    text += DescribeOptions(kEntries);
     text += "\nOn a terminal: space pauses and goes on, n skips a sentence, q or Ctrl-C stops.\n"
             "Exit status: 0 done, 1 the engine refused, 2 usage, 3 no audio device, 4 a file cannot be read or\n"
             "written, 130 interrupted.\n";

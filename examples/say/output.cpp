@@ -12,9 +12,9 @@
 #include <vector>
 #include <wx/filename.h>
 
+#include "../common/interrupt.h"
 #include "console.h"
 #include "exitstatus.h"
-#include "interrupt.h"
 #include "temporaryfiles.h"
 
 namespace say

@@ -1,10 +1,10 @@
 // Everything that needs a file goes through temporary ones in UTF-8. MIT licence.
 #include "preparation.h"
 
+#include "../common/interrupt.h"
 #include "console.h"
 #include "exitstatus.h"
 #include "htmltext.h"
-#include "interrupt.h"
 #include "temporaryfiles.h"
 #include "textinput.h"
 

@@ -1,8 +1,6 @@
 // The seconds played are those that passed unpaused; those written are read off the growing file. MIT licence.
 #include "progress.h"
 
-#include "console.h"
-
 namespace say
 {
 namespace
@@ -12,18 +10,11 @@ constexpr std::chrono::milliseconds kUpdateInterval(200);
 
 } // namespace
 
-Progress::Progress(bool wanted, const OutputTarget* output) : m_shown(wanted && ErrorsGoToTerminal()), m_output(output)
-{
-}
-
-Progress::~Progress()
-{
-    Show(wxString());
-}
+Progress::Progress(bool wanted, const OutputTarget* output) : m_line(wanted), m_output(output) {}
 
 void Progress::Waiting(const wxString& engine)
 {
-    Show("waiting for " + engine + " ...");
+    m_line.Show("waiting for " + engine + " ...");
 }
 
 void Progress::Started()
@@ -46,10 +37,10 @@ void Progress::SetPaused(bool paused)
 void Progress::Update()
 {
     const Clock::time_point now = Clock::now();
-    if (!m_shown || now < m_nextUpdate)
+    if (!m_line.IsShown() || now < m_nextUpdate)
         return;
     m_nextUpdate = now + kUpdateInterval;
-    Show(Text(now));
+    m_line.Show(Text(now));
 }
 
 wxString Progress::Text(Clock::time_point now) const
@@ -60,19 +51,6 @@ wxString Progress::Text(Clock::time_point now) const
     const Clock::duration played = m_paused ? m_played : m_played + (now - m_playingSince);
     return wxString::Format("%s %.1f s", m_paused ? "paused at" : "playing,",
                             std::chrono::duration<double>(played).count());
-}
-
-void Progress::Show(const wxString& text)
-{
-    if (!m_shown || (text.empty() && m_width == 0))
-        return;
-    wxString line = "\r" + text;
-    if (text.length() < m_width)
-        line.append(m_width - text.length(), ' ');
-    if (text.empty())
-        line += "\r";
-    m_width = text.length();
-    PrintProgress(line);
 }
 
 } // namespace say

@@ -5,20 +5,18 @@
 #include <chrono>
 #include <wx/string.h>
 
+#include "../common/progressline.h"
 #include "output.h"
 
 namespace say
 {
 
-// Shows nothing unless it is wanted and standard error is a terminal. The line is cleared at the end.
+// Shows nothing unless it is wanted and standard error is a terminal.
 class Progress
 {
 public:
     // Without an output the speech is played. The output outlives this object.
     Progress(bool wanted, const OutputTarget* output);
-    ~Progress();
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
 
     void Waiting(const wxString& engine);
     void Started();
@@ -30,15 +28,13 @@ private:
     using Clock = std::chrono::steady_clock;
 
     wxString Text(Clock::time_point now) const;
-    void Show(const wxString& text);
 
-    const bool m_shown;
+    tool::ProgressLine m_line;
     const OutputTarget* const m_output;
     bool m_paused = false;
     Clock::time_point m_playingSince;
     Clock::duration m_played{0}; // before m_playingSince
     Clock::time_point m_nextUpdate;
-    size_t m_width = 0; // characters on the line
 };
 
 } // namespace say

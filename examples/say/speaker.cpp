@@ -4,14 +4,14 @@
 #include <chrono>
 #include <wx/app.h>
 
-#include "audiosession.h"
+#include "../common/audiosession.h"
+#include "../common/interrupt.h"
+#include "../common/terminal.h"
 #include "console.h"
 #include "exitstatus.h"
-#include "interrupt.h"
 #include "progress.h"
 #include "speech/tts_sapi.h"
 #include "temporaryfiles.h"
-#include "terminal.h"
 #include "values.h"
 #include "voices.h"
 

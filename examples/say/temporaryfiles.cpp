@@ -8,9 +8,9 @@
 #include <unistd.h>
 #include <vector>
 
+#include "../common/interrupt.h"
 #include "console.h"
 #include "exitstatus.h"
-#include "interrupt.h"
 #include "speech/tts.h"
 
 namespace say

@@ -9,9 +9,9 @@
 #include <wx/log.h>
 #include <wx/strconv.h>
 
+#include "../common/interrupt.h"
 #include "exitstatus.h"
 #include "htmltext.h"
-#include "interrupt.h"
 
 namespace say
 {

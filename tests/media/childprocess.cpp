@@ -118,17 +118,20 @@ ChildProcess::Result ChildProcess::Run() const
     fcntl(in.ours, F_SETFL, O_NONBLOCK);
 
     Result result;
+    std::string toType = input;
     size_t typed = 0;
     int state = 0;
     bool killed = false;
     const auto deadline = std::chrono::steady_clock::now() + kLimit;
     for (bool running = true; running;) {
         running = waitpid(pid, &state, WNOHANG) == 0;
-        if (typed < input.size() && result.err.find(typeAfter) != std::string::npos) {
-            const ssize_t count = write(in.ours, input.data() + typed, input.size() - typed);
+        if (type)
+            toType += type(result.err);
+        if (typed < toType.size() && result.err.find(typeAfter) != std::string::npos) {
+            const ssize_t count = write(in.ours, toType.data() + typed, toType.size() - typed);
             typed += count > 0 ? static_cast<size_t>(count) : 0;
         }
-        if (typed == input.size() && !onTerminal)
+        if (typed == toType.size() && !onTerminal)
             in.Close(in.ours);
         if (running && whileRunning)
             whileRunning(pid);

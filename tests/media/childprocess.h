@@ -19,6 +19,8 @@ struct ChildProcess {
     bool unprivileged = false; // as nobody, if the tests run as root
     // Called again and again with the process id while the program runs; for signals.
     std::function<void(pid_t)> whileRunning;
+    // Called with what standard error holds so far; what it answers is typed after the input.
+    std::function<std::string(const std::string&)> type;
 
     struct Result {
         int status = -1; // exit status; 128 + n for an unhandled signal n; -1 if it had to be killed after a minute

@@ -127,6 +127,11 @@ void PulseSink::Thaw()
         kill(m_server, SIGCONT);
 }
 
+void PulseSink::Kill()
+{
+    End(m_server, SIGKILL);
+}
+
 SinkRecording::SinkRecording(const PulseSink& sink)
 {
     static int count = 0;

@@ -24,6 +24,8 @@ public:
     // The server stops answering and goes on again; it is resumed by the destructor as well.
     void Freeze();
     void Thaw();
+    // The server dies at once, for good.
+    void Kill();
 
     std::string Socket() const { return "unix:" + (m_dir / "native"); }
     std::string FileInDir(const std::string& name) const { return m_dir / name; }

@@ -6,7 +6,7 @@
 
 #include "exitstatus.h"
 
-namespace say
+namespace tool
 {
 namespace
 {
@@ -41,17 +41,19 @@ void QuietSoundLibraries()
 
 } // namespace
 
-AudioSession::AudioSession()
+AudioSession::AudioSession(Needs needs, const wxString& advice)
 {
     QuietSoundLibraries();
+    const wxString ending = advice.empty() ? wxString() : "; " + advice;
     const PaError error = Pa_Initialize();
     if (error != paNoError)
-        throw Failure{kExitNoDevice, wxString("the audio system does not start: ") + Pa_GetErrorText(error) +
-                                         "; use -o FILE to write a WAV file"};
-    if (HasOutputDevice())
+        throw Failure{kExitNoDevice, wxString("the audio system does not start: ") + Pa_GetErrorText(error) + ending};
+    const bool lacksOutput = needs == Needs::kOutput && !HasOutputDevice();
+    const bool lacksInput = needs == Needs::kInput && !HasInputDevice();
+    if (!lacksOutput && !lacksInput)
         return;
     Pa_Terminate();
-    throw Failure{kExitNoDevice, "no audio output device; use -o FILE to write a WAV file"};
+    throw Failure{kExitNoDevice, (lacksOutput ? "no audio output device" : "no audio input device") + ending};
 }
 
 AudioSession::~AudioSession()
@@ -61,7 +63,12 @@ AudioSession::~AudioSession()
 
 bool AudioSession::HasOutputDevice()
 {
-    return Pa_GetDefaultOutputDevice() != paNoDevice;
+    return Pa_GetDefaultOutputDevice() >= 0; // negative: none, or not started
 }
 
-} // namespace say
+bool AudioSession::HasInputDevice()
+{
+    return Pa_GetDefaultInputDevice() >= 0;
+}
+
+} // namespace tool

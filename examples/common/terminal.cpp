@@ -6,7 +6,7 @@
 
 #include "interrupt.h"
 
-namespace say
+namespace tool
 {
 
 TerminalKeys::TerminalKeys()
@@ -57,4 +57,4 @@ char TerminalKeys::Wait(int milliseconds)
     return 0;
 }
 
-} // namespace say
+} // namespace tool

@@ -1,10 +1,10 @@
 // Single keys from the terminal on standard input. MIT licence.
-#ifndef QXSPEECH_EXAMPLES_SAY_TERMINAL_H
-#define QXSPEECH_EXAMPLES_SAY_TERMINAL_H
+#ifndef QXSPEECH_EXAMPLES_COMMON_TERMINAL_H
+#define QXSPEECH_EXAMPLES_COMMON_TERMINAL_H
 
 #include <termios.h>
 
-namespace say
+namespace tool
 {
 
 // Keys without waiting for a line end and without echo, while an object lives; Ctrl-C stays a signal. Does nothing if
@@ -28,6 +28,6 @@ private:
     bool m_active = false;
 };
 
-} // namespace say
+} // namespace tool
 
 #endif

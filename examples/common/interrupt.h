@@ -1,12 +1,12 @@
 // Signals that ask the program to end or to halt, turned into flags that the main thread looks at. MIT licence.
-#ifndef QXSPEECH_EXAMPLES_SAY_INTERRUPT_H
-#define QXSPEECH_EXAMPLES_SAY_INTERRUPT_H
+#ifndef QXSPEECH_EXAMPLES_COMMON_INTERRUPT_H
+#define QXSPEECH_EXAMPLES_COMMON_INTERRUPT_H
 
 #include <string>
 
 struct termios;
 
-namespace say
+namespace tool
 {
 
 // SIGINT and SIGTERM, and SIGHUP unless it is ignored, set the flag; so does RequestEnd. A second such signal ends the
@@ -28,6 +28,6 @@ void RegisterTerminal(const termios* settings);
 void RegisterTemporaryFile(const std::string& path);
 void ForgetTemporaryFile(const std::string& path);
 
-} // namespace say
+} // namespace tool
 
 #endif

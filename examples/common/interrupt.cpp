@@ -10,7 +10,7 @@
 
 #include "exitstatus.h"
 
-namespace say
+namespace tool
 {
 namespace
 {
@@ -122,4 +122,4 @@ void ForgetTemporaryFile(const std::string& path)
             file.isSet = false;
 }
 
-} // namespace say
+} // namespace tool

@@ -1,0 +1,267 @@
+// A seek opens the file anew: what is decoded ahead would be heard first, and the clocks count from the opening.
+// MIT licence.
+#include "playback.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+#include <wx/log.h>
+
+#include "../common/commandline.h"
+#include "../common/exitstatus.h"
+#include "../common/interrupt.h"
+#include "devices.h"
+#include "times.h"
+
+namespace play
+{
+namespace
+{
+
+using tool::Failure;
+
+constexpr int kPollMs = 5;
+constexpr int64_t kSeekStepUs = 5000000;
+// The last frames of a stream may not fill a block, and are dropped.
+constexpr int64_t kEndToleranceUs = 500000;
+constexpr int64_t kUnknownDuration = 1;
+
+bool IsAddress(const std::string& file)
+{
+    return file.find("://") != std::string::npos;
+}
+
+// A colon in the name of a file would be taken for the end of a protocol's name.
+std::string MediaName(const std::string& file)
+{
+    struct stat status = {};
+    const bool isPlain = file[0] != '/' && file.find(':') != std::string::npos;
+    return isPlain && stat(file.c_str(), &status) == 0 ? "./" + file : file;
+}
+
+// Why the system does not open the file; empty if it does.
+wxString OpenError(const std::string& file)
+{
+    if (IsAddress(file))
+        return wxString();
+    const int descriptor = open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0)
+        return wxString::FromUTF8(std::strerror(errno));
+    struct stat status = {};
+    const bool isFolder = fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
+    close(descriptor);
+    return isFolder ? wxString::FromUTF8(std::strerror(EISDIR)) : wxString();
+}
+
+} // namespace
+
+Playback::Playback(const Stage& stage, const std::string& file, const wxString& label)
+    : m_stage(stage), m_file(file), m_label(label)
+{
+    try {
+        Open();
+    } catch (...) {
+        m_stage.player.Close();
+        throw;
+    }
+}
+
+Playback::~Playback()
+{
+    m_stage.player.Close();
+}
+
+void Playback::Open()
+{
+    m_stage.progress.Show("opening " + m_label + " ...");
+    if (m_stage.screen)
+        m_stage.screen->Begin(m_label);
+    OpenMedia();
+    if (m_stage.screen)
+        m_stage.screen->NoteStreams(m_provider->FindStream(MKMediaVideo, 0) >= 0);
+}
+
+void Playback::OpenMedia()
+{
+    MKMediaPlayer& player = m_stage.player;
+    player.SetSurface(m_stage.screen ? m_stage.screen->GetSurface() : nullptr);
+    m_provider = new MKFileProvider(MediaName(m_file));
+    player.SetProvider(m_provider);
+    if (!player.OpenMedia())
+        TellWhyNot();
+    m_consumer = player.GetConsumer();
+    const int sound = m_consumer->FindStream(MKMediaAudio, 0);
+    m_hasSound = sound >= 0;
+    m_stream = static_cast<size_t>(m_hasSound ? sound : m_consumer->FindStream(MKMediaVideo, 0));
+}
+
+void Playback::TellWhyNot()
+{
+    const wxString name = tool::FromBytes(m_file);
+    const wxString error = OpenError(m_file);
+    if (!error.empty())
+        throw Failure{tool::kExitFile, name + ": " + error};
+    MKFileProvider provider(MediaName(m_file));
+    if (!provider.Open())
+        throw Failure{tool::kExitFile, name + ": this is no media file"};
+    const int sound = provider.FindStream(MKMediaAudio, 0);
+    MKStreamParameters parameters;
+    if (sound < 0)
+        throw Failure{tool::kExitFile, name + ": there is no sound in it"};
+    if (!provider.OpenStream(static_cast<size_t>(sound), &parameters))
+        throw Failure{tool::kExitFile, name + ": its sound cannot be decoded"};
+    throw Failure{tool::kExitNoDevice, "the audio device does not open"};
+}
+
+void Playback::Run(int64_t fromUs)
+{
+    if (fromUs > 0) {
+        if (Duration() > 0 && fromUs >= Duration())
+            throw Failure{tool::kExitUsage, "--from " + FormatTime(fromUs) + ": " + tool::FromBytes(m_file) +
+                                                " lasts " + FormatTime(Duration())};
+        if (!m_provider->Seek(fromUs))
+            throw Failure{tool::kExitFile, tool::FromBytes(m_file) + ": it can only be played from its beginning"};
+    }
+    Start();
+    while (!m_isOver && IsGoingOn()) {
+        ObeyAll();
+        if (tool::TakeHaltRequest())
+            Halt();
+        tool::ThrowIfInterrupted();
+        ShowProgress();
+    }
+    tool::ThrowIfInterrupted();
+    if (!m_isOver)
+        CheckEnd();
+}
+
+void Playback::Start()
+{
+    if (!m_stage.player.Play())
+        throw Failure{tool::kExitNoDevice, "the audio device does not start"};
+}
+
+bool Playback::IsGoingOn()
+{
+    wxLog::FlushActive(); // records of the player's threads
+    const MKTransformState state = m_stage.player.GetState();
+    return state == MKTransformRunning || m_paused;
+}
+
+void Playback::ObeyAll()
+{
+    int wait = kPollMs;
+    while (const char byte = m_stage.keys.Wait(wait)) {
+        Obey(m_decoder.Feed(byte));
+        wait = 0;
+    }
+    if (m_stage.screen)
+        Obey(m_stage.screen->Update());
+}
+
+void Playback::Obey(Command command)
+{
+    switch (command) {
+    case Command::kTogglePause:
+        TogglePause();
+        break;
+    case Command::kBack:
+        SeekBy(-kSeekStepUs);
+        break;
+    case Command::kForward:
+        SeekBy(kSeekStepUs);
+        break;
+    case Command::kNext:
+        m_isOver = true;
+        break;
+    case Command::kStop:
+        tool::RequestEnd();
+        break;
+    case Command::kNone:
+        break;
+    }
+}
+
+void Playback::TogglePause()
+{
+    if (!m_paused) {
+        m_paused = m_stage.player.Pause();
+        return;
+    }
+    m_paused = false;
+    if (m_soughtUs < 0)
+        m_stage.player.Resume();
+    else
+        SeekTo(std::exchange(m_soughtUs, -1));
+}
+
+void Playback::SeekBy(int64_t distanceUs)
+{
+    const int64_t target = std::max<int64_t>(Position() + distanceUs, 0);
+    if (Duration() > 0 && target >= Duration())
+        m_isOver = true;
+    else if (m_paused)
+        m_soughtUs = target;
+    else
+        SeekTo(target);
+}
+
+void Playback::SeekTo(int64_t positionUs)
+{
+    // What cannot seek would be lost by opening it anew.
+    if (!m_provider->Seek(positionUs))
+        return;
+    OpenMedia();
+    m_provider->Seek(positionUs);
+    Start();
+}
+
+void Playback::Halt()
+{
+    const bool pauses = !m_paused && m_stage.player.Pause();
+    m_stage.keys.Leave();
+    tool::HaltProcess();
+    m_stage.keys.Enter();
+    if (pauses)
+        m_stage.player.Resume();
+}
+
+// A device that fails ends the sound like the end of the file does, but then less was written than was read.
+void Playback::CheckEnd()
+{
+    const int sound = m_provider->FindStream(MKMediaAudio, 0);
+    const bool isShort = m_hasSound && m_consumer->GetStreamDuration(m_stream) + kEndToleranceUs <
+                                           m_provider->GetStreamTimeStamp(static_cast<size_t>(sound));
+    m_stage.player.Stop(); // waits until the rest was heard
+    if (!isShort)
+        return;
+    m_stage.player.Close(); // the device may take one stream only
+    if (!OutputWorks(m_stage.device))
+        throw Failure{tool::kExitNoDevice, "the audio device went away"};
+}
+
+int64_t Playback::Position() const
+{
+    const int64_t position = m_soughtUs >= 0 ? m_soughtUs : m_consumer->GetStreamTimeStamp(m_stream);
+    return Duration() > 0 ? std::clamp<int64_t>(position, 0, Duration()) : std::max<int64_t>(position, 0);
+}
+
+int64_t Playback::Duration() const
+{
+    const int64_t duration = m_provider->GetDuration();
+    return duration > kUnknownDuration ? duration : 0;
+}
+
+void Playback::ShowProgress()
+{
+    if (!m_stage.progress.IsShown())
+        return;
+    const wxString whole = Duration() > 0 ? " / " + FormatTime(Duration()) : wxString();
+    m_stage.progress.Show((m_paused ? "paused at " : "playing, ") + FormatTime(Position()) + whole + "  " + m_label);
+}
+
+} // namespace play
