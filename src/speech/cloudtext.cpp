@@ -4,24 +4,12 @@
 #include <wx/convauto.h>
 #include <wx/log.h>
 
+#include "speech/cloudvoices.h"
 #include "speech/ttsfilework.h"
 #include "speech/ttstextfile.h"
 #include "json/jsondocument.h"
 
-namespace
-{
-
-// Invalid if the value is no object or has no such member.
-wxJSONValue Member(const wxJSONValue& value, const wxString& key)
-{
-    const wxJSONMap* const members = value.AsMap();
-    if (!members)
-        return wxJSONValue(wxJSONTYPE_INVALID);
-    const auto found = members->find(key);
-    return found == members->end() ? wxJSONValue(wxJSONTYPE_INVALID) : found->second;
-}
-
-} // namespace
+using qxspeech::Member;
 
 wxString ParseErrorMessage(const wxString& body)
 {

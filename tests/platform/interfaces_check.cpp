@@ -2,6 +2,7 @@
 // tree's headers always and against mingw-w64's where they are installed; no code runs but the ids' list. MIT licence.
 #include <windows.h>
 
+#include <mmsystem.h>
 #include <sapi.h>
 #include <sperror.h>
 #include <wininet.h>
@@ -27,6 +28,7 @@ static_assert(sizeof(BYTE) == 1 && sizeof(ULONGLONG) == 8 && sizeof(LCID) == 4, 
 static_assert(sizeof(WPARAM) == sizeof(void*) && sizeof(LPARAM) == sizeof(void*), "parameters hold a pointer");
 static_assert(std::is_unsigned<WPARAM>::value && std::is_signed<LPARAM>::value, "signs of parameters");
 static_assert(std::is_same<WCHAR, wchar_t>::value, "WCHAR is the compiler's wide character");
+static_assert(std::is_same<decltype(timeGetTime()), DWORD>::value, "the tick wraps at 32 bits");
 static_assert(sizeof(GUID) == 16 && offsetof(GUID, Data4) == 8, "GUID");
 
 // Constants.
