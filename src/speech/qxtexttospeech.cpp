@@ -5,6 +5,7 @@
 #include <exception>
 #include <wx/tokenzr.h>
 
+#include "speech/tts_awsapi.h"
 #include "speech/tts_sapi.h"
 
 template class QXSingleton<QXTextToSpeech>;
@@ -37,6 +38,7 @@ QXTextToSpeech::QXTextToSpeech()
 {
     wxTTSHandler* const local = new wxTTSSapiHandler;
     RegisterEngine(local);
+    RegisterEngine(new wxTTSAWSHandler);
     m_engine.SetCurrentHandler(local);
 }
 

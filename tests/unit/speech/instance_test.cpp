@@ -89,7 +89,7 @@ TEST_F(Instance, IsOneUntilItIsDestroyed)
 TEST_F(Instance, StartsWithTheEnginesInOrderTheLocalOneCurrentAndInItsDefaults)
 {
     wxTextToSpeech& front = QXTextToSpeech::Get()->GetEngine();
-    EXPECT_EQ(wxJoin(front.GetEngineIds(), ','), "Microsoft SAPI");
+    EXPECT_EQ(wxJoin(front.GetEngineIds(), ','), "Microsoft SAPI,Amazon Polly");
     EXPECT_EQ(front.GetEngine(), "Microsoft SAPI");
     EXPECT_EQ(front.GetPropertyString("Input format"), "Text");
     EXPECT_EQ(front.GetPropertyBool("Simplify punctuation"), 0);

@@ -1,0 +1,393 @@
+// Requests to Amazon Polly and what is made of its answers. MIT licence.
+#include "speech/tts_awsapi.h"
+
+#include <wx/intl.h>
+
+#include "common/logging.h"
+#include "common/utils.h"
+#include "core/qxtempfile.h"
+#include "speech/awssigner.h"
+#include "speech/cloudrequest.h"
+#include "speech/cloudtext.h"
+#include "speech/qxtexttospeech.h"
+#include "json/jsondocument.h"
+#include "json/jsonwriter.h"
+
+wxIMPLEMENT_DYNAMIC_CLASS(wxTTSAWSHandler, wxTTSHandler);
+
+using qxspeech::CloudRequest;
+using qxspeech::CloudResponse;
+
+namespace
+{
+
+const char kHandlerId[] = "Amazon Polly";
+const char kContentType[] = "application/json";
+constexpr int kMinRate = 0;
+constexpr int kMaxRate = 9;
+
+struct ErrorText {
+    const char* type;
+    const char* text;
+};
+
+const ErrorText kErrorTexts[] = {
+    {"UnrecognizedClientException", wxTRANSLATE("The Access Key is invalid.")},
+    {"InvalidSignatureException", wxTRANSLATE("The Secret Key is invalid.")},
+    {"EngineNotSupportedException",
+     wxTRANSLATE("This engine is not compatible with the voice that you have designated. Choose a new voice that is "
+                 "compatible with the engine or change the engine and restart the operation.")},
+    {"InvalidSampleRateException", wxTRANSLATE("The specified sample rate is not valid.")},
+    {"InvalidSsmlException",
+     wxTRANSLATE("The SSML you provided is invalid. Verify the SSML syntax, spelling of tags and values, and then try "
+                 "again.")},
+    {"LanguageNotSupportedException",
+     wxTRANSLATE("The language specified is not currently supported by Amazon Polly in this capacity.")},
+    {"LexiconNotFoundException",
+     wxTRANSLATE("Amazon Polly can't find the specified lexicon. This could be caused by a lexicon that is missing, "
+                 "its name is misspelled or specifying a lexicon that is in a different region.")},
+    {"MarksNotSupportedForFormatException",
+     wxTRANSLATE("Speech marks are not supported for the OutputFormat selected. Speech marks are only available for "
+                 "content in json format.")},
+    {"ServiceFailureException", wxTRANSLATE("An unknown condition has caused a service failure.")},
+    {"SsmlMarksNotSupportedForTextTypeException",
+     wxTRANSLATE("SSML speech marks are not supported for plain text-type input.")},
+    {"TextLengthExceededException",
+     wxTRANSLATE("Maximum text length has been exceeded. Maximum number of characters is 3000.")},
+    {"InvalidNextTokenException",
+     wxTRANSLATE("The NextToken is invalid. Verify that it's spelled correctly, and then try again.")},
+};
+
+AWSRequestInfo MakeInfo(const QXTTSAuthInfo& authInfo, const char* method, const char* uri)
+{
+    AWSRequestInfo info;
+    info.accessKey = authInfo.awsAccessKey;
+    info.secretKey = authInfo.awsSecretKey;
+    info.region = authInfo.awsRegion;
+    info.method = method;
+    info.canonicalUri = uri;
+    return info;
+}
+
+CloudResponse RequestSpeech(const AWSSpeechParams& params)
+{
+    AWSRequestInfo info = MakeInfo(QXTextToSpeech::GetAuthInfo(), "POST", "/v1/speech");
+    info.contentType = kContentType;
+    info.payload = wxTTSAWSHandler::CreateRequestBody(params);
+    const wxString authorization = CreateAuthorization(info);
+    CloudRequest request;
+    request.method = CloudRequest::Method::kPost;
+    request.url = CreateRequestUrl(info);
+    request.headers = {{"Content-Type", kContentType},
+                       {"X-Amz-Content-Sha256", qxSHA256Hex(info.payload)},
+                       {"X-Amz-Date", info.amzDate},
+                       {"Authorization", authorization}};
+    request.body = std::string(info.payload.utf8_str());
+    return SendCloudRequest(request);
+}
+
+CloudResponse RequestVoices(const QXTTSAuthInfo& authInfo)
+{
+    AWSRequestInfo info = MakeInfo(authInfo, "GET", "/v1/voices");
+    const wxString authorization = CreateAuthorization(info);
+    CloudRequest request;
+    request.url = CreateRequestUrl(info);
+    request.headers = {{"X-Amz-Date", info.amzDate}, {"Authorization", authorization}};
+    return SendCloudRequest(request);
+}
+
+wxString GetAWSErrorMessage(const CloudResponse& response)
+{
+    const wxString header = response.GetHeader("x-amzn-ErrorType");
+    const size_t colon = header.find(':');
+    const bool hasTail = colon != wxString::npos && colon > 0;
+    return wxTTSAWSHandler::ErrorTypeToMessage(hasTail ? header.substr(0, colon) : header);
+}
+
+wxString TextMember(const wxJSONMap& members, const wxString& key)
+{
+    const auto found = members.find(key);
+    return found == members.end() ? wxString() : found->second.AsString();
+}
+
+QXTTSVoiceInfo DescribeVoice(const wxJSONMap& members, const wxString& engine)
+{
+    QXTTSVoiceInfo voice;
+    voice.SetHandlerId(kHandlerId);
+    voice.SetId(TextMember(members, "Id"));
+    voice.SetName(wxString::Format("%s - %s - %s", TextMember(members, "Name"), TextMember(members, "LanguageName"),
+                                   engine.Capitalize()));
+    voice.SetLangCode(TextMember(members, "LanguageCode"));
+    voice.SetLangName(TextMember(members, "LanguageName"));
+    voice.SetGender(TextMember(members, "Gender"));
+    voice.SetEngine(engine);
+    return voice;
+}
+
+class Answer : public wxJSONDocument
+{
+public:
+    bool IsWhole() const { return m_errorCode == 0; }
+};
+
+// A voice without engines cannot be asked for.
+void AppendVoice(const wxJSONValue& voice, std::vector<QXTTSVoiceInfo>& voices)
+{
+    const wxJSONMap* const members = voice.AsMap();
+    const auto engines = members ? members->find("SupportedEngines") : wxJSONMap::const_iterator();
+    if (!members || engines == members->end())
+        return;
+    for (int i = 0; i < engines->second.Size(); ++i)
+        voices.push_back(DescribeVoice(*members, engines->second.ItemAt(static_cast<unsigned>(i)).AsString()));
+}
+
+} // namespace
+
+wxTTSAWSHandler::wxTTSAWSHandler() : wxTTSHandler(kHandlerId, wxGetTranslation(kHandlerId))
+{
+    CreateCommonProperties();
+}
+
+wxTTSAWSHandler::~wxTTSAWSHandler()
+{
+    DeleteTempFile();
+}
+
+bool wxTTSAWSHandler::Initialize()
+{
+    m_initialized = true;
+    return true;
+}
+
+bool wxTTSAWSHandler::Uninitialize()
+{
+    if (m_initialized)
+        Stop();
+    m_initialized = false;
+    return true;
+}
+
+bool wxTTSAWSHandler::Speak(const wxString& text, int options, const wxString& outputFile)
+{
+    return DoSpeak(text, false, options, outputFile);
+}
+
+bool wxTTSAWSHandler::SpeakFile(const wxString& filename, int options, const wxString& outputFile)
+{
+    return DoSpeak(filename, true, options, outputFile);
+}
+
+bool wxTTSAWSHandler::DoSpeak(const wxString& text, bool isFile, int options, const wxString& outputFile)
+{
+    Stop();
+    m_options = options;
+    AWSSpeechParams params;
+    params.Text = text;
+    if (isFile && !qxspeech::ReadSpeechFile(text, params.Text))
+        return Fail(wxGetTranslation(qxspeech::kCannotReadFile));
+    const wxString target = outputFile.empty() ? QXTempFileMan::CreateTempFile("mp3") : outputFile;
+    if (target.empty())
+        return false;
+    const QXTTSVoiceInfo voice = GetVoice();
+    params.Engine = voice.GetEngine();
+    params.LanguageCode = voice.GetLangCode();
+    params.OutputFormat = "mp3";
+    params.TextType = GetPropertyString("Input format") == "SSML" ? "ssml" : "text";
+    params.VoiceId = voice.GetId();
+    if (!GetSpeech(params, target))
+        return false;
+    return !outputFile.empty() || PlayFile(target);
+}
+
+wxString wxTTSAWSHandler::CreateRequestBody(const AWSSpeechParams& params)
+{
+    wxString text = params.Text;
+    text.Replace(wxString(wxUniChar(0xA0)), " ");
+    text.Replace(wxString(wxUniChar(0x1D)), "");
+    text.Trim(true).Trim(false);
+    if (params.TextType == "ssml" && text.find("<speak") == wxString::npos)
+        text = "<speak>" + text + "</speak>";
+    wxJSONValue body(wxJSONTYPE_OBJECT);
+    body["Engine"] = params.Engine;
+    body["LanguageCode"] = params.LanguageCode;
+    body["OutputFormat"] = params.OutputFormat;
+    if (!params.SampleRate.empty())
+        body["SampleRate"] = params.SampleRate;
+    body["Text"] = text;
+    body["TextType"] = params.TextType;
+    body["VoiceId"] = params.VoiceId;
+    wxString written;
+    wxJSONWriter(0, 0, 3).Write(body, written);
+    return written;
+}
+
+wxString wxTTSAWSHandler::ErrorTypeToMessage(const wxString& type)
+{
+    for (const ErrorText& error : kErrorTexts) {
+        if (type == error.type)
+            return wxGetTranslation(error.text);
+    }
+    return type;
+}
+
+// The service says no; the body, which names no credentials, goes to the log.
+bool wxTTSAWSHandler::Refuse(CloudResponse& response)
+{
+    Fail(GetAWSErrorMessage(response));
+    QX_LOG("%s", response.ReadText());
+    return false;
+}
+
+bool wxTTSAWSHandler::GetSpeech(const AWSSpeechParams& params, const wxString& path)
+{
+    try {
+        CloudResponse response = RequestSpeech(params);
+        if (!response.IsOk())
+            return Refuse(response);
+        response.SaveToFile(path);
+        return true;
+    } catch (const std::exception& failure) {
+        Fail(qxExceptionText(failure));
+        QX_LOG("Error while getting AMZ speech: %s", m_lastError);
+        return false;
+    }
+}
+
+bool wxTTSAWSHandler::TestAuthentication(const QXTTSAuthInfo& authInfo)
+{
+    try {
+        CloudResponse response = RequestVoices(authInfo);
+        return response.IsOk() || Refuse(response);
+    } catch (const std::exception& failure) {
+        Fail(qxExceptionText(failure));
+        QX_LOG("Error while testing AMZ authentication: %s", m_lastError);
+        return false;
+    }
+}
+
+bool wxTTSAWSHandler::GetAllVoices(std::vector<QXTTSVoiceInfo>& voices)
+{
+    bool isOk = false;
+    try {
+        CloudResponse response = RequestVoices(QXTextToSpeech::GetAuthInfo());
+        isOk = response.IsOk();
+        if (!isOk)
+            return Refuse(response);
+        TakeVoices(response.ReadText(), voices);
+    } catch (const std::exception& failure) {
+        Fail(qxExceptionText(failure));
+        QX_LOG("Error while getting AMZ voice list: %s", m_lastError);
+    }
+    return isOk;
+}
+
+// What goes wrong in the middle brings what stands before it, but does not take the place of a whole list.
+void wxTTSAWSHandler::TakeVoices(const wxString& body, std::vector<QXTTSVoiceInfo>& voices)
+{
+    Answer answer;
+    answer.Parse(body);
+    std::vector<QXTTSVoiceInfo> fetched;
+    const wxJSONMap* const members = answer.AsMap();
+    const auto list = members ? members->find("Voices") : wxJSONMap::const_iterator();
+    if (members && list != members->end()) {
+        for (int i = 0; i < list->second.Size(); ++i)
+            AppendVoice(list->second.ItemAt(static_cast<unsigned>(i)), fetched);
+    }
+    voices.insert(voices.end(), fetched.begin(), fetched.end());
+    if (answer.IsWhole())
+        m_voices.swap(fetched);
+}
+
+// The one place where audio goes to the player. There is none yet.
+bool wxTTSAWSHandler::PlayFile(const wxString&)
+{
+    return Fail(_("Could not open media for playing."));
+}
+
+bool wxTTSAWSHandler::IsSpeaking() const
+{
+    return false;
+}
+
+bool wxTTSAWSHandler::IsPaused() const
+{
+    return false;
+}
+
+bool wxTTSAWSHandler::Stop()
+{
+    return true;
+}
+
+bool wxTTSAWSHandler::Pause()
+{
+    return false;
+}
+
+bool wxTTSAWSHandler::Resume()
+{
+    return false;
+}
+
+bool wxTTSAWSHandler::Skip(int, wxTTSSkipType)
+{
+    return true;
+}
+
+bool wxTTSAWSHandler::HasCapability(wxTTSCapability capability) const
+{
+    switch (capability) {
+    case wxTTS_CAP_SPEAK:
+    case wxTTS_CAP_OUTPUT_FILE:
+    case wxTTS_CAP_VOICES:
+    case wxTTS_CAP_PAUSE:
+        return true;
+    default:
+        return false;
+    }
+}
+
+QXTTSVoiceInfo wxTTSAWSHandler::GetDefaultVoice() const
+{
+    return m_voices.empty() ? QXTTSVoiceInfo() : m_voices.front();
+}
+
+std::vector<QXTTSVoiceInfo> wxTTSAWSHandler::GetAvailableVoices() const
+{
+    return {};
+}
+
+wxString wxTTSAWSHandler::GetDefaultVoiceVariant() const
+{
+    return "None";
+}
+
+int wxTTSAWSHandler::GetMinSpeed() const
+{
+    return kMinRate;
+}
+
+int wxTTSAWSHandler::GetMaxSpeed() const
+{
+    return kMaxRate;
+}
+
+int wxTTSAWSHandler::GetMinVolume() const
+{
+    return kMinRate;
+}
+
+int wxTTSAWSHandler::GetMaxVolume() const
+{
+    return kMaxRate;
+}
+
+int wxTTSAWSHandler::GetMinPitch() const
+{
+    return kMinRate;
+}
+
+int wxTTSAWSHandler::GetMaxPitch() const
+{
+    return kMaxRate;
+}
