@@ -47,6 +47,7 @@ private:
     // both
     bool PassGate();
     bool OtherHasLeft() const;
+    bool HasFailed() const;
     void Fail();
     void Leave();
 
@@ -66,7 +67,7 @@ private:
     std::condition_variable stateChanged;
     // guarded by stateLock
     MKTransformState state = MKTransformClosed;
-    bool aborted = false;   // a node or the converter failed: both threads leave
+    bool aborted = false;   // a node or the converter failed: both threads leave; kept until the next start
     size_t threadCount = 0; // of this run, 2 to 0
     // Made before the threads start and deleted by the last one to leave: a thread reads these pointers without a lock,
     // anybody else under stateLock.
@@ -89,6 +90,8 @@ bool MKStreamTransformImpl::Start()
     const int size = consumer->GetBufferSize(consumerIndex);
     if (size < 1)
         return false;
+    if (HasFailed())
+        provider->DiscardStream(providerIndex, false); // the run before has discarded it
     auto frames = std::make_unique<CircularQueue<MKFrame>>(static_cast<size_t>(size));
     auto frameConverter = std::make_unique<MKFrameConverter>();
     frameConverter->SetHardwareConversion(hardwareConversion);
@@ -185,6 +188,8 @@ void MKStreamTransformImpl::ReadLoop()
                 break;
         }
     }
+    if (HasFailed())
+        provider->DiscardStream(providerIndex, true); // or what nobody reads would hold up the other streams
     Leave();
 }
 
@@ -262,6 +267,12 @@ bool MKStreamTransformImpl::OtherHasLeft() const
 {
     std::lock_guard<std::mutex> hold(stateLock);
     return threadCount < 2;
+}
+
+bool MKStreamTransformImpl::HasFailed() const
+{
+    std::lock_guard<std::mutex> hold(stateLock);
+    return aborted;
 }
 
 // Makes both threads leave; the other one may be waiting for a slot.

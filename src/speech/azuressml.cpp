@@ -54,14 +54,13 @@ std::size_t BehindTag(const std::wstring& text, std::size_t at)
     return std::wstring::npos;
 }
 
-// How deep the elements go at most, up to where the text stops being XML. Entities may hold elements, so with them
-// every tag counts.
-std::size_t DepthBound(const std::wstring& text)
+// Whether elements may go deeper than that, up to where the text stops being XML. Entities may hold elements, so with
+// them every tag counts.
+bool IsTooDeep(const std::wstring& text)
 {
     if (text.find(L"<!ENTITY") != std::wstring::npos)
-        return static_cast<std::size_t>(std::count(text.begin(), text.end(), L'<'));
+        return static_cast<std::size_t>(std::count(text.begin(), text.end(), L'<')) > kMaxDepth;
     std::size_t depth = 0;
-    std::size_t deepest = 0;
     for (std::size_t at = text.find(L'<'); at != std::wstring::npos; at = text.find(L'<', at)) {
         if (StartsWith(text, at, L"<!--")) {
             at = Behind(text, at + 4, L"-->");
@@ -76,13 +75,13 @@ std::size_t DepthBound(const std::wstring& text)
             at += 2;
         } else {
             at = BehindTag(text, at);
-            if (at != std::wstring::npos && text[at - 2] != L'/')
-                deepest = std::max(deepest, ++depth);
+            if (at != std::wstring::npos && text[at - 2] != L'/' && ++depth > kMaxDepth)
+                return true;
         }
         if (at == std::wstring::npos)
             break;
     }
-    return deepest;
+    return false;
 }
 
 void CompleteSpeak(wxXmlNode& speak)
@@ -133,7 +132,7 @@ wxString AzureTextBody(const wxString& text, const QXTTSVoiceInfo& voice)
 SsmlResult AzureSsmlBody(const wxString& document, wxString& body)
 {
     const wxLogNull noLog; // the parser tells its errors there
-    if (DepthBound(document.ToStdWstring()) > kMaxDepth)
+    if (IsTooDeep(document.ToStdWstring()))
         return SsmlResult::kInvalid;
     wxXmlDocument xml;
     wxStringInputStream input(document);

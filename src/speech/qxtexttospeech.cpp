@@ -6,6 +6,8 @@
 #include <wx/tokenzr.h>
 
 #include "speech/tts_awsapi.h"
+#include "speech/tts_azureapi.h"
+#include "speech/tts_googleapi.h"
 #include "speech/tts_sapi.h"
 
 template class QXSingleton<QXTextToSpeech>;
@@ -39,6 +41,10 @@ QXTextToSpeech::QXTextToSpeech()
     wxTTSHandler* const local = new wxTTSSapiHandler;
     RegisterEngine(local);
     RegisterEngine(new wxTTSAWSHandler);
+    RegisterEngine(new wxTTSGoogleHandler);
+    wxTTSHandler* const azure = new wxTTSAzureHandler;
+    azure->SetPrevRequestTime(m_sRequestTime); // the service counts requests across instances
+    RegisterEngine(azure);
     m_engine.SetCurrentHandler(local);
 }
 

@@ -107,9 +107,9 @@ ScriptedProvider::~ScriptedProvider()
     --m_source.alive;
 }
 
-bool ScriptedProvider::Close()
+bool ScriptedProvider::DiscardStream(size_t, bool discard)
 {
-    ++m_source.closed;
+    m_source.discarded += discard ? 1 : -1;
     return true;
 }
 

@@ -48,7 +48,7 @@ struct Source {
     std::atomic<int> alive{0};
     std::atomic<int> inside{0}; // threads inside Read
     std::atomic<int> reads{0};
-    std::atomic<int> closed{0};
+    std::atomic<int> discarded{0}; // streams
 };
 
 // What a consumer is to do, and what it got.
@@ -85,13 +85,14 @@ public:
     ~ScriptedProvider() override;
 
     bool Open() override { return m_source.opens; }
-    bool Close() override;
+    bool Close() override { return true; }
     int GetStreamCount() override { return static_cast<int>(m_source.streams.size()); }
     MKMediaType GetStreamType(size_t index) override { return m_source.streams.at(index).type; }
     bool OpenStream(size_t index, MKStreamParameters* params) override;
     bool QueryStreamParameters(size_t index, MKStreamParameters* params) override;
     bool CloseStream(size_t) override { return true; }
     bool IsStreamOpened(size_t index) override { return m_source.streams.at(index).opens; }
+    bool DiscardStream(size_t index, bool discard) override;
     int64_t GetDuration() override { return 0; }
     int64_t GetStreamDuration(size_t) override { return 0; }
     int64_t GetStreamTimeStamp(size_t) override { return 0; }

@@ -159,6 +159,11 @@ Sound SinkRecording::Stop()
     const size_t enough = RecordedBytes() + kBytesPerSecond / 2;
     Await([&] { return RecordedBytes() >= enough; });
     End(m_recorder, SIGTERM);
+    return SoFar();
+}
+
+Sound SinkRecording::SoFar() const
+{
     std::ifstream file(m_file, std::ios::binary);
     const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     Sound sound;

@@ -48,6 +48,8 @@ public:
     SinkRecording(const SinkRecording&) = delete;
     SinkRecording& operator=(const SinkRecording&) = delete;
 
+    // What has been heard up to about now: the recorder is some 20 ms behind.
+    Sound SoFar() const;
     // Waits until the recording is as long as the time that has passed, ends it and gives its first channel.
     Sound Stop();
 

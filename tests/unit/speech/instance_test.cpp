@@ -89,7 +89,7 @@ TEST_F(Instance, IsOneUntilItIsDestroyed)
 TEST_F(Instance, StartsWithTheEnginesInOrderTheLocalOneCurrentAndInItsDefaults)
 {
     wxTextToSpeech& front = QXTextToSpeech::Get()->GetEngine();
-    EXPECT_EQ(wxJoin(front.GetEngineIds(), ','), "Microsoft SAPI,Amazon Polly");
+    EXPECT_EQ(wxJoin(front.GetEngineIds(), ','), "Microsoft SAPI,Amazon Polly,Google Cloud,Microsoft Azure");
     EXPECT_EQ(front.GetEngine(), "Microsoft SAPI");
     EXPECT_EQ(front.GetPropertyString("Input format"), "Text");
     EXPECT_EQ(front.GetPropertyBool("Simplify punctuation"), 0);
@@ -125,6 +125,20 @@ TEST_F(Instance, KeepsTheRequestHistoryOfTheLimitedEngine)
         EXPECT_EQ(*calls, (RecordingHandler::Calls{"GetPrevRequestTime", "Uninitialize", "delete"}));
     }
     EXPECT_EQ(QXTextToSpeech::GetPrevRequestTime(), "10;20");
+}
+
+TEST_F(Instance, HandsTheHistoryToItsLimitedEngineAndTakesItBack)
+{
+    QXTextToSpeech::SetPrevRequestTime(wxString("5;6"));
+    wxTextToSpeech& front = QXTextToSpeech::Get()->GetEngine();
+    wxTTSHandler* const azure = front.FindHandler("Microsoft Azure");
+    ASSERT_NE(azure, nullptr);
+    EXPECT_EQ(azure->GetPrevRequestTime(), (std::list<wxLongLong>{5, 6}));
+    QXTextToSpeech::SetPrevRequestTime(wxString("7"));
+    EXPECT_EQ(azure->GetPrevRequestTime().size(), 2u) << "for the next instance";
+    azure->SetPrevRequestTime({6, 8});
+    QXTextToSpeech::DestroyInstance();
+    EXPECT_EQ(QXTextToSpeech::GetPrevRequestTime(), "6;8");
 }
 
 TEST_F(Instance, RequestTimesAreDecimalNumbersJoinedBySemicolons)

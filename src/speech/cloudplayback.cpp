@@ -1,0 +1,54 @@
+// Playing by the media kit. MIT licence.
+#include "speech/cloudplayback.h"
+
+#include <string>
+#include <wx/translation.h>
+
+#include "core/qxtempfile.h"
+#include "mediakit/fileprovider.h"
+#include "mediakit/mediaplayer.h"
+
+namespace qxspeech
+{
+
+bool IsPlaying(const MKMediaPlayer& player)
+{
+    return player.GetState() == MKTransformRunning;
+}
+
+bool IsPlayingPaused(const MKMediaPlayer& player)
+{
+    return player.GetState() == MKTransformPaused;
+}
+
+wxString PlayAudioFile(MKMediaPlayer& player, const wxString& path)
+{
+    MKFileProvider* const provider = new MKFileProvider(std::string());
+    provider->SetFileName(std::string(path.utf8_str()));
+    player.SetProvider(provider);
+    if (!player.OpenMedia())
+        return _("Could not open media for playing.");
+    try {
+        if (player.Play())
+            return wxString();
+    } catch (const std::exception&) {
+        // no thread to be had: told like any other refusal
+    }
+    player.Close();
+    return _("Could not play media.");
+}
+
+void WriteAudio(const MKMediaPlayer& player, const wxString& path, AudioFiles& files,
+                const std::function<void(const wxString&)>& write)
+{
+    if (path != files.current || !(IsPlaying(player) || IsPlayingPaused(player))) {
+        write(path);
+        return;
+    }
+    if (files.spare.empty())
+        files.spare = QXTempFileMan::CreateTempFile("wav");
+    write(files.spare);
+    files.current.swap(files.spare);
+}
+
+} // namespace qxspeech

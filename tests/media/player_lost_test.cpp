@@ -1,0 +1,42 @@
+// The player when its sound server dies under it. MIT licence.
+#include "support/mediafile.h"
+#include "support/playing.h"
+#include "support/pulse_sink.h"
+#include "support/recordingsurface.h"
+
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+#include <portaudio.h>
+#include <wx/log.h>
+
+TEST(PlayerOnLostServer, EndsBothStreamsAndCanBeStopped)
+{
+    PulseSink sink;
+    if (!sink.Ok() && !std::getenv("QXSPEECH_NO_SKIP"))
+        GTEST_SKIP() << sink.Why();
+    ASSERT_TRUE(sink.Ok()) << sink.Why();
+    ASSERT_EQ(Pa_Initialize(), paNoError);
+    const wxLogNull quiet;
+    ScratchDir dir;
+    const std::string path = MakeWavFile(dir, "a.wav", 48000, 1, MakeTone(48000, 1, 30));
+    {
+        MKMediaPlayer playing;
+        MKMediaPlayer paused;
+        ASSERT_TRUE(OpenFile(playing, path));
+        ASSERT_TRUE(OpenFile(paused, path));
+        ASSERT_TRUE(playing.Play());
+        ASSERT_TRUE(paused.Play());
+        ASSERT_TRUE(Await([&] { return PlayedTime(playing) > 300000 && PlayedTime(paused) > 300000; }));
+        ASSERT_TRUE(paused.Pause());
+        sink.Kill();
+        EXPECT_TRUE(AwaitEnd(playing)) << "nobody calls Stop";
+        EXPECT_EQ(paused.GetState(), MKTransformPaused);
+        paused.Resume();
+        EXPECT_TRUE(AwaitEnd(paused));
+        playing.Stop();
+        paused.Stop();
+        EXPECT_FALSE(OpenFile(playing, path)) << "the device is gone";
+    }
+    Pa_Terminate();
+}

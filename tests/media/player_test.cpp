@@ -1,0 +1,437 @@
+// The player on a private null sink: what is heard there, and when. MIT licence.
+#include "support/log_capture.h"
+#include "support/mediafile.h"
+#include "support/playing.h"
+#include "support/pulse_sink.h"
+#include "support/recordingsurface.h"
+#include "support/wav.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <memory>
+#include <random>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <portaudio.h>
+
+namespace
+{
+
+constexpr int kRate = 48000;
+
+// The server and PortAudio, started once for all cases of this program.
+class Player : public testing::Test
+{
+public:
+    static void SetUpTestSuite()
+    {
+        s_sink = std::make_unique<PulseSink>();
+        if (s_sink->Ok())
+            s_started = Pa_Initialize() == paNoError;
+    }
+    static void TearDownTestSuite()
+    {
+        if (s_started)
+            Pa_Terminate();
+        s_sink.reset();
+    }
+
+protected:
+    void SetUp() override
+    {
+        if (!s_sink->Ok() && !std::getenv("QXSPEECH_NO_SKIP"))
+            GTEST_SKIP() << s_sink->Why();
+        ASSERT_TRUE(s_sink->Ok()) << s_sink->Why();
+        ASSERT_TRUE(s_started);
+    }
+
+    // A file of stretches of tone (level above 0) and silence, each so many seconds long.
+    struct Piece {
+        double seconds;
+        double level;
+    };
+    std::string Tones(const std::vector<Piece>& pieces, double frequencyHz = 440)
+    {
+        std::vector<int16_t> samples;
+        for (const Piece& piece : pieces) {
+            const std::vector<int16_t> tone = MakeTone(kRate, 1, piece.seconds, frequencyHz, piece.level);
+            samples.insert(samples.end(), tone.begin(), tone.end());
+        }
+        return MakeWavFile(dir, "tones" + std::to_string(++files) + ".wav", kRate, 1, samples);
+    }
+    std::string Film(double seconds, int framesPerSecond, int audioStreams = 1)
+    {
+        MediaSpec spec;
+        spec.name = "film" + std::to_string(++files) + ".mkv";
+        spec.seconds = seconds;
+        spec.audioStreams = audioStreams;
+        spec.width = 64;
+        spec.height = 48;
+        spec.framesPerSecond = framesPerSecond;
+        return MakeMediaFile(dir, spec);
+    }
+    bool AwaitPlayed(const MKMediaPlayer& aPlayer, double seconds)
+    {
+        return Await([&] { return static_cast<double>(PlayedTime(aPlayer)) >= seconds * 1e6; });
+    }
+
+    static std::unique_ptr<PulseSink> s_sink;
+    static bool s_started;
+    ScratchDir dir;
+    int files = 0;
+    MKMediaPlayer player;
+};
+
+std::unique_ptr<PulseSink> Player::s_sink;
+bool Player::s_started = false;
+
+double HeardSeconds(const Sound& sound)
+{
+    double seconds = 0;
+    for (const Stretch& stretch : LoudStretches(sound, 0.02))
+        seconds += stretch.to - stretch.from;
+    return seconds;
+}
+
+// One channel spread to two is 3 dB lower in each.
+double ToneRms(double level, int channels = 1)
+{
+    return 32767 * level / std::sqrt(channels == 1 ? 4 : 2);
+}
+
+// A surface that takes its time, as a slow graphics card does.
+class SlowSurface : public RecordingSurface
+{
+public:
+    void Present() override
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        RecordingSurface::Present();
+    }
+};
+
+} // namespace
+
+// The end is stopped by hand as soon as it is seen, as hosts do.
+TEST_F(Player, FileIsHeardToItsLastSyllable)
+{
+    SinkRecording recording(*s_sink);
+    ASSERT_TRUE(OpenFile(player, Tones({{0.3, 0.5}, {0.7, 0}, {0.2, 0.5}})));
+    ASSERT_TRUE(player.Play());
+    EXPECT_EQ(player.GetState(), MKTransformRunning);
+    ASSERT_TRUE(AwaitEnd(player));
+    EXPECT_TRUE(player.Stop());
+    const Sound heard = recording.Stop();
+    const std::vector<Stretch> stretches = LoudStretches(heard, 0.1);
+    ASSERT_EQ(stretches.size(), 2u);
+    EXPECT_NEAR(stretches[0].to - stretches[0].from, 0.3, 0.03);
+    EXPECT_NEAR(stretches[1].from - stretches[0].from, 1.0, 0.03);
+    EXPECT_NEAR(stretches[1].to - stretches[1].from, 0.2, 0.03);
+    EXPECT_NEAR(heard.Rms(stretches[1].from + 0.03, stretches[1].to - 0.03), ToneRms(0.5), 0.02 * ToneRms(0.5));
+}
+
+TEST_F(Player, OtherRatesChannelsAndCodecsComeOutAtTheSameLevelAndLength)
+{
+    QX_REQUIRE_FFMPEG();
+    MediaSpec specs[3];
+    specs[1].name = "tone.mp3";
+    specs[2].name = "tone.flac";
+    specs[2].rateHz = 44100;
+    specs[2].channels = 2;
+    specs[2].frequencyHz = 220;
+    for (const MediaSpec& spec : specs) {
+        SCOPED_TRACE(spec.name);
+        SinkRecording recording(*s_sink);
+        ASSERT_TRUE(OpenFile(player, MakeMediaFile(dir, spec)));
+        ASSERT_TRUE(player.Play());
+        ASSERT_TRUE(AwaitEnd(player));
+        EXPECT_TRUE(player.Close());
+        EXPECT_EQ(player.GetState(), MKTransformClosed);
+        const Sound heard = recording.Stop();
+        const std::vector<Stretch> stretches = LoudStretches(heard, 0.02);
+        ASSERT_EQ(stretches.size(), 1u) << "no gaps";
+        EXPECT_NEAR(stretches[0].to - stretches[0].from, 1.0, 0.13);
+        const double expected = ToneRms(0.5, spec.channels);
+        EXPECT_NEAR(heard.Rms(stretches[0].from + 0.1, stretches[0].to - 0.1), expected, 0.1 * expected);
+    }
+}
+
+TEST_F(Player, PauseIsSilentWithAStandingClockAndNothingIsLost)
+{
+    SinkRecording recording(*s_sink);
+    ASSERT_TRUE(OpenFile(player, Tones({{1.5, 0.5}})));
+    ASSERT_TRUE(player.Play());
+    ASSERT_TRUE(AwaitPlayed(player, 0.5));
+    ASSERT_TRUE(player.Pause());
+    EXPECT_EQ(player.GetState(), MKTransformPaused);
+    EXPECT_FALSE(player.Pause());
+    PassSeconds(0.3); // the write that was under way has ended
+    const int64_t standing = PlayedTime(player);
+    const double load = LoadDuring(1.0);
+    EXPECT_EQ(PlayedTime(player), standing);
+    EXPECT_LT(load, 0.2) << "a paused player does not spin";
+    RecordProperty("paused_load_percent", std::to_string(100 * load));
+    ASSERT_TRUE(player.Resume());
+    ASSERT_TRUE(AwaitEnd(player));
+    EXPECT_TRUE(player.Stop());
+    const Sound heard = recording.Stop();
+    const std::vector<Stretch> stretches = LoudStretches(heard, 0.5);
+    ASSERT_EQ(stretches.size(), 2u);
+    EXPECT_GT(stretches[1].from - stretches[0].to, 1.0) << "silence";
+    EXPECT_NEAR(HeardSeconds(heard), 1.5, 0.12);
+}
+
+TEST_F(Player, StopEndsTheSoundPromptly)
+{
+    SinkRecording recording(*s_sink);
+    ASSERT_TRUE(OpenFile(player, Tones({{20, 0.5}})));
+    ASSERT_TRUE(player.Play());
+    ASSERT_TRUE(AwaitPlayed(player, 1.0));
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_TRUE(player.Stop());
+    const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - begin;
+    std::printf("stop took %.1f ms\n", taken.count());
+    EXPECT_EQ(player.GetState(), MKTransformStopped);
+    EXPECT_LT(HeardSeconds(recording.Stop()), 2.0);
+}
+
+TEST_F(Player, ClockTellsWhatIsHeard)
+{
+    SinkRecording recording(*s_sink);
+    ASSERT_TRUE(OpenFile(player, Tones({{1.0, 0}, {1.0, 0.5}})));
+    ASSERT_TRUE(player.Play());
+    EXPECT_LT(PlayedTime(player), 1000) << "nothing is heard before the latency has passed";
+    ASSERT_TRUE(Await([&] { return !LoudStretches(recording.SoFar(), 0.1).empty(); }));
+    const double clock = static_cast<double>(PlayedTime(player)) / 1e6;
+    std::printf("clock at the first sound of second 1: %.3f\n", clock);
+    EXPECT_NEAR(clock, 1.0, 0.3);
+    ASSERT_TRUE(AwaitEnd(player));
+    EXPECT_NEAR(static_cast<double>(player.GetConsumer()->GetDuration()), 2e6, 90000);
+}
+
+TEST_F(Player, SeekGoesThroughTheProviderBetweenStopAndPlay)
+{
+    SinkRecording recording(*s_sink);
+    MKFileProvider* const provider = OpenFile(player, Tones({{3, 0.5}, {1, 0}, {1, 0.1}}));
+    ASSERT_TRUE(provider);
+    ASSERT_TRUE(player.Play());
+    ASSERT_TRUE(AwaitPlayed(player, 0.3));
+    ASSERT_TRUE(player.Stop());
+    ASSERT_TRUE(provider->Seek(3500000));
+    ASSERT_TRUE(player.Play());
+    ASSERT_TRUE(AwaitEnd(player));
+    EXPECT_TRUE(player.Stop());
+    const Sound heard = recording.Stop();
+    const std::vector<Stretch> stretches = LoudStretches(heard, 0.2);
+    ASSERT_EQ(stretches.size(), 2u);
+    EXPECT_LT(stretches[0].to - stretches[0].from, 1.5);
+    EXPECT_NEAR(stretches[1].to - stretches[1].from, 1.0, 0.13);
+    EXPECT_NEAR(heard.Rms(stretches[1].from + 0.1, stretches[1].to - 0.1), ToneRms(0.1), 0.05 * ToneRms(0.1));
+}
+
+TEST_F(Player, TwoPlayersAreHeardAtOnce)
+{
+    SinkRecording recording(*s_sink);
+    MKMediaPlayer other;
+    ASSERT_TRUE(OpenFile(player, Tones({{1.5, 0.2}})));
+    ASSERT_TRUE(OpenFile(other, Tones({{1.5, 0.2}}, 1000)));
+    ASSERT_TRUE(player.Play());
+    ASSERT_TRUE(other.Play());
+    ASSERT_TRUE(AwaitEnd(player));
+    ASSERT_TRUE(AwaitEnd(other));
+    EXPECT_TRUE(player.Close());
+    EXPECT_TRUE(other.Close());
+    const Sound heard = recording.Stop();
+    const std::vector<Stretch> stretches = LoudStretches(heard, 0.1);
+    ASSERT_EQ(stretches.size(), 1u);
+    const double middle = (stretches[0].from + stretches[0].to) / 2;
+    EXPECT_NEAR(heard.Rms(middle - 0.3, middle + 0.3), std::sqrt(2) * ToneRms(0.2), 0.05 * ToneRms(0.2));
+}
+
+TEST_F(Player, OnePlayerPlaysFileAfterFile)
+{
+    SinkRecording recording(*s_sink);
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(OpenFile(player, Tones({{0.3, 0.5}, {0.5, 0}})));
+        ASSERT_TRUE(player.Play());
+        ASSERT_TRUE(AwaitEnd(player));
+    }
+    EXPECT_TRUE(player.Close());
+    EXPECT_EQ(LoudStretches(recording.Stop(), 0.2).size(), 3u);
+}
+
+TEST_F(Player, WithoutASurfaceOnlyTheFirstSoundIsPlayed)
+{
+    QX_REQUIRE_FFMPEG();
+    MKFileProvider* const provider = OpenFile(player, Film(0.5, 10, 2));
+    ASSERT_TRUE(provider);
+    const int video = provider->FindStream(MKMediaVideo, 0);
+    const int first = provider->FindStream(MKMediaAudio, 0);
+    const int second = provider->FindStream(MKMediaAudio, static_cast<size_t>(first) + 1);
+    ASSERT_GE(video, 0);
+    ASSERT_GE(second, 0);
+    EXPECT_FALSE(provider->IsStreamOpened(static_cast<size_t>(video)));
+    EXPECT_TRUE(provider->IsStreamOpened(static_cast<size_t>(first)));
+    EXPECT_FALSE(provider->IsStreamOpened(static_cast<size_t>(second)));
+    EXPECT_EQ(player.GetConsumer()->GetStreamCount(), 1);
+    ASSERT_TRUE(player.Play());
+    EXPECT_TRUE(AwaitEnd(player));
+}
+
+TEST_F(Player, PictureKeepsToTheSound)
+{
+    QX_REQUIRE_FFMPEG();
+    SinkRecording recording(*s_sink);
+    RecordingSurface surface;
+    player.SetSurface(&surface);
+    ASSERT_TRUE(OpenFile(player, Film(4, 25)));
+    const int audio = player.GetConsumer()->FindStream(MKMediaAudio, 0);
+    ASSERT_GE(audio, 0);
+    surface.clock = [&] { return player.GetConsumer()->GetStreamTimeStamp(static_cast<size_t>(audio)); };
+    ASSERT_TRUE(player.Play());
+    const double load = LoadDuring(3);
+    EXPECT_LT(load, 0.5) << "a full sound queue does not make the reader spin";
+    ASSERT_TRUE(AwaitEnd(player));
+    EXPECT_TRUE(player.Stop());
+    const std::vector<RecordingSurface::Shown> frames = surface.Frames();
+    EXPECT_GT(surface.Presented(), 60u);
+    int64_t largest = 0;
+    for (const RecordingSurface::Shown& shown : frames) {
+        if (shown.presented >= 0 && shown.pts > 1000000 && shown.pts < 3500000)
+            largest = std::max(largest, std::abs(shown.pts - shown.clock));
+    }
+    std::printf("load %.1f %%, %zu of %zu pictures shown, at most %lld us off\n", 100 * load, surface.Presented(),
+                frames.size(), static_cast<long long>(largest));
+    EXPECT_LE(largest, 150000);
+    EXPECT_NEAR(HeardSeconds(recording.Stop()), 4.0, 0.2);
+    player.Close();
+}
+
+TEST_F(Player, SlowSurfaceDropsPicturesAndTheSoundGoesOn)
+{
+    QX_REQUIRE_FFMPEG();
+    SinkRecording recording(*s_sink);
+    SlowSurface surface;
+    player.SetSurface(&surface);
+    ASSERT_TRUE(OpenFile(player, Film(2, 25)));
+    ASSERT_TRUE(player.Play());
+    ASSERT_TRUE(AwaitEnd(player));
+    EXPECT_TRUE(player.Stop());
+    EXPECT_GT(surface.Presented(), 5u);
+    EXPECT_LT(surface.Presented(), 35u) << "of 50";
+    EXPECT_EQ(LoudStretches(recording.Stop(), 0.02).size(), 1u) << "no gaps";
+    player.Close();
+}
+
+TEST_F(Player, PictureStandsInAPauseAndGoesOnWithTheSound)
+{
+    QX_REQUIRE_FFMPEG();
+    RecordingSurface surface;
+    player.SetSurface(&surface);
+    ASSERT_TRUE(OpenFile(player, Film(2, 25)));
+    ASSERT_TRUE(player.Play());
+    ASSERT_TRUE(Await([&] { return surface.Presented() >= 15; }));
+    ASSERT_TRUE(player.Pause());
+    PassSeconds(0.3);
+    const size_t standing = surface.Presented();
+    PassSeconds(0.5);
+    EXPECT_EQ(surface.Presented(), standing);
+    ASSERT_TRUE(player.Resume());
+    ASSERT_TRUE(AwaitEnd(player));
+    EXPECT_GT(surface.Presented(), standing + 10);
+    player.Close();
+}
+
+TEST_F(Player, AnswersFalseWhereThereIsNothingToDo)
+{
+    const wxLogNull quiet;
+    EXPECT_FALSE(player.OpenMedia()) << "no provider";
+    EXPECT_TRUE(player.Close());
+    EXPECT_FALSE(player.Play());
+    EXPECT_FALSE(player.Pause());
+    EXPECT_FALSE(player.Resume());
+    EXPECT_TRUE(player.Stop());
+    EXPECT_FALSE(OpenFile(player, dir / "missing.wav"));
+    EXPECT_FALSE(OpenFile(player, MakeFile(dir, "text.wav", "not a sound")));
+    player.SetAudioDevice("no such device");
+    EXPECT_FALSE(OpenFile(player, Tones({{0.2, 0.5}})));
+    player.SetAudioDevice("");
+    EXPECT_TRUE(OpenFile(player, Tones({{0.2, 0.5}})));
+    EXPECT_EQ(player.GetState(), MKTransformReady);
+    EXPECT_TRUE(player.Play());
+    EXPECT_FALSE(player.Play());
+    EXPECT_TRUE(player.Close());
+    EXPECT_EQ(player.GetState(), MKTransformClosed);
+
+    Source source;
+    player.SetProvider(new ScriptedProvider(source));
+    player.SetProvider(new ScriptedProvider(source));
+    EXPECT_EQ(source.alive, 1) << "the one that was not used is gone";
+    EXPECT_TRUE(player.Close());
+    EXPECT_EQ(source.alive, 0);
+}
+
+// Two players at once, each by its own thread, in every state at random moments; a third thread asks.
+TEST_F(Player, SurvivesEveryOrderOfCallsAtRandomMoments)
+{
+    const char* const given = std::getenv("QX_SEED");
+    const unsigned seed = given ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : std::random_device{}();
+    std::printf("QX_SEED=%u\n", seed);
+    const std::string paths[] = {Tones({{0.15, 0.2}}), Tones({{5, 0.1}}), HaveFFmpeg() ? Film(2, 25) : Tones({{1, 0}})};
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < 2; ++i) {
+        threads.emplace_back([&paths, own = std::mt19937(seed + i)]() mutable {
+            const wxLogNull quiet;
+            RecordingSurface surface;
+            MKMediaPlayer one;
+            MKFileProvider* provider = nullptr;
+            std::atomic<bool> done{false};
+            std::thread asking([&] {
+                while (!done)
+                    one.GetState();
+            });
+            for (int step = 0; step < 400; ++step) {
+                switch (own() % 9) {
+                case 0:
+                    one.SetSurface(own() % 2 ? &surface : nullptr);
+                    provider = OpenFile(one, paths[own() % 3]);
+                    break;
+                case 1:
+                case 2:
+                    one.Play();
+                    break;
+                case 3:
+                    one.Pause();
+                    break;
+                case 4:
+                    one.Resume();
+                    break;
+                case 5:
+                    one.Stop();
+                    break;
+                case 6:
+                    if (provider)
+                        provider->Seek(static_cast<int64_t>(own() % 2000000));
+                    break;
+                case 7:
+                    if (own() % 3 == 0) {
+                        one.Close();
+                        provider = nullptr;
+                    }
+                    break;
+                default:
+                    std::this_thread::sleep_for(std::chrono::milliseconds(own() % 60));
+                    break;
+                }
+            }
+            done = true;
+            asking.join();
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    ASSERT_TRUE(OpenFile(player, Tones({{0.2, 0.2}})));
+    ASSERT_TRUE(player.Play());
+    EXPECT_TRUE(AwaitEnd(player)) << "the next file is played as ever";
+}
