@@ -52,7 +52,8 @@ public:
     bool Seek(int64_t timestamp) override;
     // 1: a frame was decoded into frame (not owned). 0: none yet, call again at once; it waits by itself for up to
     // 2 ms while only packets of other streams could be read, so a stream that nobody reads is to be closed or
-    // discarded. -1: end of stream, until Seek. -2: not open, no such stream. -22: no frame to decode into.
+    // discarded. -1: end of stream, until Seek; a stream of subtitles gives nothing else. -2: not open, no such stream.
+    // -22: no frame to decode into.
     int Read(size_t index, MKFrame* frame) override;
 
 private:

@@ -62,7 +62,7 @@ int MKFileProviderImpl::Read(size_t index, MKFrame* frame)
         return AVERROR(EINVAL);
     }
     if (const char* reason = WhyNotRead(index)) {
-        QX_LOG("%s", reason);
+        QX_LOG("%s", wxString(reason));
         return kNoSuchStream;
     }
     Fetched fetched = Fetched::Packet;
@@ -85,12 +85,16 @@ const char* MKFileProviderImpl::WhyNotRead(size_t index) const
     const MKFileStreamData* data = FindData(index);
     if (!data)
         return "Could not read stream, stream not opened or null pointer";
-    return data->IsDecoding() ? nullptr : "Could not read stream, stream not opened";
+    return data->IsOpen() ? nullptr : "Could not read stream, stream not opened";
 }
 
 int MKFileProviderImpl::Decode(size_t index, AVFrame* frame, Fetched& fetched)
 {
     MKFileStreamData* data = FindData(index);
+    if (!data->IsDecoding()) {
+        LogDecodeError(index, *data->codecContext);
+        return kEndOfStream;
+    }
     const int result = avcodec_receive_frame(data->codecContext, frame);
     if (result == AVERROR_EOF)
         return kEndOfStream;

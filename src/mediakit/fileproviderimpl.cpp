@@ -73,17 +73,18 @@ bool MKFileProviderImpl::Open()
     Close();
     std::lock_guard<MKDecodeLock> hold(lock);
     CloseFile(); // another thread may have opened it in between
+    const wxString shownName = wxString::FromUTF8(fileName.c_str());
     formatContext = avformat_alloc_context();
     if (!formatContext) {
         QX_LOG("Could not alloc format context");
         return false;
     }
     if (avformat_open_input(&formatContext, fileName.c_str(), nullptr, nullptr) != 0) {
-        QX_LOG("Could not open input file [%s]", wxString::FromUTF8(fileName.c_str()));
+        QX_LOG("Could not open input file [%s]", shownName);
         return false;
     }
     if (avformat_find_stream_info(formatContext, nullptr) != 0) {
-        QX_LOG("Could not find stream info [%s]", wxString::FromUTF8(fileName.c_str()));
+        QX_LOG("Could not find stream info [%s]", shownName);
         CloseFile();
         return false;
     }
@@ -146,7 +147,7 @@ MKMediaType MKFileProviderImpl::GetStreamType(size_t index)
     if (!reason && !FindStream(index))
         reason = "Could not get stream type, null pointer";
     if (reason) {
-        QX_LOG("%s", reason);
+        QX_LOG("%s", wxString(reason));
         return MKMediaNone;
     }
     return MediaType(FindStream(index)->codecpar->codec_type);
@@ -161,7 +162,7 @@ bool MKFileProviderImpl::OpenStream(size_t index, MKStreamParameters* params)
     if (!reason)
         reason = OpenDecoder(index, params);
     if (reason)
-        QX_LOG("%s", reason);
+        QX_LOG("%s", wxString(reason));
     return !reason;
 }
 
@@ -214,7 +215,7 @@ bool MKFileProviderImpl::QueryStreamParameters(size_t index, MKStreamParameters*
     else if (!reason && (!params || !FindStream(index)))
         reason = "Could not query stream parameters, null pointer";
     if (reason) {
-        QX_LOG("%s", reason);
+        QX_LOG("%s", wxString(reason));
         return false;
     }
     const AVCodecParameters* parameters = FindStream(index)->codecpar;
@@ -229,7 +230,7 @@ bool MKFileProviderImpl::CloseStream(size_t index)
     std::lock_guard<MKDecodeLock> hold(lock);
     if (const char* reason = WhyNot(index, "Could not close stream, maybe the file is not opened",
                                     "Could not close stream, invalid index")) {
-        QX_LOG("%s", reason);
+        QX_LOG("%s", wxString(reason));
         return false;
     }
     ReleaseStream(index);
@@ -250,7 +251,7 @@ bool MKFileProviderImpl::IsStreamOpened(size_t index)
     std::lock_guard<MKDecodeLock> hold(lock);
     if (const char* reason = WhyNot(index, "Could not check stream state, maybe the file is not opened",
                                     "Could not check stream state, invalid index")) {
-        QX_LOG("%s", reason);
+        QX_LOG("%s", wxString(reason));
         return false;
     }
     const MKFileStreamData* data = FindData(index);
@@ -265,7 +266,7 @@ bool MKFileProviderImpl::DiscardStream(size_t index, bool discard)
     if (!reason && !FindData(index))
         reason = "Could not discard stream, null stream data";
     if (reason) {
-        QX_LOG("%s", reason);
+        QX_LOG("%s", wxString(reason));
         return false;
     }
     FindData(index)->discard = discard;
@@ -282,7 +283,7 @@ bool MKFileProviderImpl::IsStreamDiscarded(size_t index)
     if (!reason && !FindData(index))
         reason = "Could not check discard stream, null stream data";
     if (reason) {
-        QX_LOG("%s", reason);
+        QX_LOG("%s", wxString(reason));
         return false;
     }
     return FindData(index)->discard;
@@ -302,7 +303,7 @@ int64_t MKFileProviderImpl::GetStreamDuration(size_t index)
     if (!reason && !FindStream(index))
         reason = "Could not read stream duration, null pointer";
     if (reason) {
-        QX_LOG("%s", reason);
+        QX_LOG("%s", wxString(reason));
         return kNoSuchStream;
     }
     const AVStream* stream = FindStream(index);
@@ -317,7 +318,7 @@ int64_t MKFileProviderImpl::GetStreamTimeStamp(size_t index)
     if (!reason && !FindData(index))
         reason = "Could not read stream, stream not opened or null pointer";
     if (reason) {
-        QX_LOG("%s", reason);
+        QX_LOG("%s", wxString(reason));
         return kNoSuchStream;
     }
     return FindData(index)->timeStamp;

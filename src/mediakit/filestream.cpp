@@ -21,6 +21,14 @@ const AVRational kMicroseconds = {1, 1000000};
 const int64_t kSecond = 1000000;
 const unsigned kMostDecoderThreads = 16;
 
+// A single picture would stay in threads that wait for the next ones.
+int ThreadCount(const AVStream& stream)
+{
+    if (stream.disposition & AV_DISPOSITION_ATTACHED_PIC)
+        return 1;
+    return static_cast<int>(std::min(std::thread::hardware_concurrency(), kMostDecoderThreads));
+}
+
 bool DecodesOnD3D11(const AVCodecHWConfig& config)
 {
     return (config.methods & AV_CODEC_HW_CONFIG_METHOD_HW_DEVICE_CTX) != 0 &&
@@ -88,8 +96,7 @@ const char* MKFileStreamData::OpenDecoder(const AVStream* stream, const AVCodec*
     codecContext->pkt_timebase = stream->time_base;
     const AVMediaType type = stream->codecpar->codec_type;
     if (type == AVMEDIA_TYPE_VIDEO) {
-        codecContext->thread_count =
-            static_cast<int>(std::min(std::thread::hardware_concurrency(), kMostDecoderThreads));
+        codecContext->thread_count = ThreadCount(*stream);
         UseDevice(codecContext, decoder, device, deviceContext);
     }
     if (type == AVMEDIA_TYPE_AUDIO)
@@ -101,9 +108,15 @@ const char* MKFileStreamData::OpenDecoder(const AVStream* stream, const AVCodec*
     return nullptr;
 }
 
-bool MKFileStreamData::IsDecoding() const
+bool MKFileStreamData::IsOpen() const
 {
     return codecContext && avcodec_is_open(codecContext);
+}
+
+bool MKFileStreamData::IsDecoding() const
+{
+    return IsOpen() &&
+           (codecContext->codec_type == AVMEDIA_TYPE_AUDIO || codecContext->codec_type == AVMEDIA_TYPE_VIDEO);
 }
 
 void MKFileStreamData::Restart(int64_t target)

@@ -2,12 +2,12 @@
 #ifndef QXSPEECH_MEDIAKIT_FILESTREAM_H
 #define QXSPEECH_MEDIAKIT_FILESTREAM_H
 
+#include <cstdint>
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 }
-
-#include <cstdint>
 
 struct ID3D11Device;
 struct ID3D11DeviceContext;
@@ -23,7 +23,8 @@ struct MKFileStreamData {
     // wrong, and the context may exist without being open.
     const char* OpenDecoder(const AVStream* stream, const AVCodec* decoder, ID3D11Device* device,
                             ID3D11DeviceContext* deviceContext);
-    // True if frames can be asked for.
+    bool IsOpen() const;
+    // True if frames can be asked for. Decoders of subtitles make none, and break if they are asked.
     bool IsDecoding() const;
     // Forgets what the decoder holds and goes on at target.
     void Restart(int64_t target);

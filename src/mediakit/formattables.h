@@ -2,6 +2,8 @@
 #ifndef QXSPEECH_MEDIAKIT_FORMATTABLES_H
 #define QXSPEECH_MEDIAKIT_FORMATTABLES_H
 
+#include <cstdint>
+
 extern "C" {
 #include <libavcodec/codec_id.h>
 #include <libavutil/pixfmt.h>

@@ -6,7 +6,9 @@
 #include "common/logging.h"
 #include "common/utils.h"
 #include "core/qxtempfile.h"
+#include "mediakit/mediaplayer.h"
 #include "speech/awssigner.h"
+#include "speech/cloudplayback.h"
 #include "speech/cloudrequest.h"
 #include "speech/cloudtext.h"
 #include "speech/qxtexttospeech.h"
@@ -143,13 +145,15 @@ void AppendVoice(const wxJSONValue& voice, std::vector<QXTTSVoiceInfo>& voices)
 
 } // namespace
 
-wxTTSAWSHandler::wxTTSAWSHandler() : wxTTSHandler(kHandlerId, wxGetTranslation(kHandlerId))
+wxTTSAWSHandler::wxTTSAWSHandler() : wxTTSHandler(kHandlerId, wxGetTranslation(kHandlerId)), m_player(nullptr)
 {
     CreateCommonProperties();
+    m_player = new MKMediaPlayer;
 }
 
 wxTTSAWSHandler::~wxTTSAWSHandler()
 {
+    delete m_player;
     DeleteTempFile();
 }
 
@@ -298,35 +302,36 @@ void wxTTSAWSHandler::TakeVoices(const wxString& body, std::vector<QXTTSVoiceInf
         m_voices.swap(fetched);
 }
 
-// The one place where audio goes to the player. There is none yet.
-bool wxTTSAWSHandler::PlayFile(const wxString&)
+bool wxTTSAWSHandler::PlayFile(const wxString& path)
 {
-    return Fail(_("Could not open media for playing."));
+    const wxString failure = qxspeech::PlayAudioFile(*m_player, path);
+    return failure.empty() || Fail(failure);
 }
 
 bool wxTTSAWSHandler::IsSpeaking() const
 {
-    return false;
+    return qxspeech::IsPlaying(*m_player);
 }
 
 bool wxTTSAWSHandler::IsPaused() const
 {
-    return false;
+    return qxspeech::IsPlayingPaused(*m_player);
 }
 
 bool wxTTSAWSHandler::Stop()
 {
+    m_player->Close();
     return true;
 }
 
 bool wxTTSAWSHandler::Pause()
 {
-    return false;
+    return m_player->Pause();
 }
 
 bool wxTTSAWSHandler::Resume()
 {
-    return false;
+    return m_player->Resume();
 }
 
 bool wxTTSAWSHandler::Skip(int, wxTTSSkipType)

@@ -5,6 +5,7 @@
 #include "speech/ttshandler.h"
 
 struct AWSRequestInfo;
+class MKMediaPlayer;
 class wxJSONValue;
 namespace qxspeech
 {
@@ -91,6 +92,7 @@ private:
     bool Refuse(qxspeech::CloudResponse& response);
     void TakeVoices(const wxString& body, std::vector<QXTTSVoiceInfo>& voices);
 
+    MKMediaPlayer* m_player;              // owned
     std::vector<QXTTSVoiceInfo> m_voices; // as fetched last
 };
 

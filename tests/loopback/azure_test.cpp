@@ -131,7 +131,7 @@ TEST_F(AzureHandler, TokenTimeIsComparedIn32Bits)
     EXPECT_TRUE(handler.IsTokenExpired()) << "its end lies behind the wrap";
     time.Step(1);
     EXPECT_FALSE(handler.IsTokenExpired());
-    time.Step(539999);
+    time.Step(540000);
     EXPECT_TRUE(handler.IsTokenExpired());
 }
 
@@ -219,7 +219,7 @@ TEST_F(AzureHandler, GovernmentRegionsBuyTheirTokenAtTheCommercialHost)
 TEST_F(AzureHandler, RefusalOfSpeechIsToldAndLeavesTheFile)
 {
     const ScopedTranslation translation(std::map<std::string, std::string>{{"Slow down.", "Langsamer."}});
-    ASSERT_TRUE(handler.TestAuthentication(host.GoodKeys()));
+    ASSERT_TRUE(Speak());
     struct Row {
         const char* label;
         Fault fault;
@@ -230,7 +230,7 @@ TEST_F(AzureHandler, RefusalOfSpeechIsToldAndLeavesTheFile)
              Row{"message of the body, translated", Fault::Status(429, ErrorBody::kJson, "Slow down."), "Langsamer."},
              Row{"body that is no JSON", Fault::Status(502, ErrorBody::kHtml), "Bad Gateway"},
              Row{"nothing said", Fault::Status(500, ErrorBody::kNone).And(Fault::NoReasonPhrase()), "Bad Gateway"},
-             Row{"another success", Fault::Status(204, ErrorBody::kNone), "No Content"},
+             Row{"another success", Fault::Status(202, ErrorBody::kNone), "Unknown"},
          }) {
         SCOPED_TRACE(row.label);
         LogCapture log;
@@ -242,7 +242,7 @@ TEST_F(AzureHandler, RefusalOfSpeechIsToldAndLeavesTheFile)
         EXPECT_EQ(LogText(log), silent ? "" : "Azure Text-to-Speech message: " + LastError() + "\n");
     }
     EXPECT_TRUE(Speak());
-    EXPECT_EQ(LastError(), "No Content") << "a success clears nothing";
+    EXPECT_EQ(LastError(), "Unknown") << "a success clears nothing";
 }
 
 TEST_F(AzureHandler, StatusUnauthorizedRenewsTheTokenForTheNextCall)

@@ -239,6 +239,23 @@ TEST_F(GoogleHandler, FailuresOnTheWayAreTextsAndNeverExceptions)
     EXPECT_THAT(LastError(), HasSubstr("No such file or directory"));
 }
 
+TEST_F(GoogleHandler, WithoutADeviceOnlyPlayingFails)
+{
+    EXPECT_FALSE(handler.Speak("hello", 0, "")); // the program has not started PortAudio
+    EXPECT_EQ(LastError(), "Could not open media for playing.");
+    EXPECT_EQ(host.services.Requests().size(), 1u);
+    EXPECT_FALSE(handler.IsSpeaking());
+    EXPECT_FALSE(handler.IsPaused());
+    EXPECT_TRUE(Speak());
+}
+
+TEST_F(GoogleHandler, FileNamesMayHoldAnyLetter)
+{
+    const wxString path = host.Path("gr\xc3\xbc\xc3\x9f \xe4\xb8\xad.wav");
+    ASSERT_TRUE(handler.Speak("hello", 0, path)) << LastError();
+    EXPECT_THAT(ReadFileBytes(path), StartsWith("RIFF"));
+}
+
 TEST_F(GoogleHandler, NoKeyGetsIntoLogOrError)
 {
     LogCapture log;

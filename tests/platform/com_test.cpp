@@ -6,6 +6,7 @@
 
 #include <cwchar>
 #include <gtest/gtest.h>
+#include <mmdeviceapi.h>
 #include <sapi.h>
 
 using namespace qxplatform;
@@ -52,6 +53,10 @@ TEST(Com, IdsAreThePublishedOnes)
     EXPECT_TRUE(SameId(CLSID_SpObjectTokenCategory, interface_ids::kSpObjectTokenCategory));
     EXPECT_TRUE(SameId(CLSID_SpObjectToken, interface_ids::kSpObjectToken));
     EXPECT_TRUE(SameId(CLSID_SpStream, interface_ids::kSpStream));
+    EXPECT_TRUE(SameId(CLSID_MMDeviceEnumerator, interface_ids::kMMDeviceEnumerator));
+    EXPECT_TRUE(SameId(IID_IMMDeviceEnumerator, interface_ids::kIMMDeviceEnumerator));
+    EXPECT_TRUE(SameId(IID_IMMDevice, interface_ids::kIMMDevice));
+    EXPECT_TRUE(SameId(IID_IMMNotificationClient, interface_ids::kIMMNotificationClient));
     EXPECT_TRUE(SameId(IID_ISpVoice, interface_ids::kISpVoice));
     EXPECT_TRUE(SameId(IID_ISpObjectTokenCategory, interface_ids::kISpObjectTokenCategory));
     EXPECT_TRUE(SameId(IID_ISpObjectToken, interface_ids::kISpObjectToken));

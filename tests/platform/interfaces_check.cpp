@@ -2,6 +2,7 @@
 // tree's headers always and against mingw-w64's where they are installed; no code runs but the ids' list. MIT licence.
 #include <windows.h>
 
+#include <mmdeviceapi.h>
 #include <mmsystem.h>
 #include <sapi.h>
 #include <sperror.h>
@@ -81,6 +82,11 @@ static_assert(SPF_PARSE_SAPI == 0x80 && SPF_PARSE_SSML == 0x100, "flags");
 static_assert(SPFM_OPEN_READONLY == 0 && SPFM_OPEN_READWRITE == 1 && SPFM_CREATE == 2, "file modes");
 static_assert(SPFM_CREATE_ALWAYS == 3 && WAVE_FORMAT_PCM == 1, "file output");
 
+static_assert(DEVICE_STATE_ACTIVE == 1 && DEVICE_STATE_DISABLED == 2, "device states");
+static_assert(DEVICE_STATE_NOTPRESENT == 4 && DEVICE_STATE_UNPLUGGED == 8, "device states");
+static_assert(eRender == 0 && eCapture == 1 && eAll == 2, "data flow");
+static_assert(eConsole == 0 && eMultimedia == 1 && eCommunications == 2, "roles");
+
 // Records: fields by the types that they are read and written with.
 static_assert(std::is_same<decltype(SPEVENT::ulStreamNum), ULONG>::value, "SPEVENT");
 static_assert(std::is_same<decltype(SPEVENT::ullAudioStreamOffset), ULONGLONG>::value, "SPEVENT");
@@ -98,6 +104,7 @@ static_assert(offsetof(WAVEFORMATEX, nAvgBytesPerSec) == 8 && offsetof(WAVEFORMA
 static_assert(std::is_same<decltype(OSVERSIONINFOW::dwMajorVersion), DWORD>::value, "OSVERSIONINFOW");
 static_assert(std::is_same<decltype(OSVERSIONINFOW::dwPlatformId), DWORD>::value, "OSVERSIONINFOW");
 static_assert(std::is_same<decltype(MSG::message), UINT>::value, "MSG");
+static_assert(std::is_same<decltype(PROPERTYKEY::pid), DWORD>::value, "PROPERTYKEY");
 
 // Calls: each with the argument types that the library has at hand. That they compile is the check.
 void WINAPI Notice(WPARAM, LPARAM) {}
@@ -159,6 +166,32 @@ struct Arguments {
     a.hr = a.token->GetStringValue(nullptr, &a.text);
     a.hr = a.key->GetStringValue(L"Language", &a.text);
     a.count = category->Release() + a.tokens->Release() + a.token->Release() + a.key->Release();
+}
+
+// A client as the library has one: that it overrides everything is the check.
+class DeviceClient final : public IMMNotificationClient
+{
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE OnDeviceStateChanged(LPCWSTR, DWORD) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE OnDeviceAdded(LPCWSTR) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE OnDeviceRemoved(LPCWSTR) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE OnDefaultDeviceChanged(EDataFlow, ERole, LPCWSTR) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE OnPropertyValueChanged(LPCWSTR, const PROPERTYKEY) override { return S_OK; }
+};
+
+[[maybe_unused]] void CallDevices(IMMDevice* device, Arguments& a)
+{
+    DeviceClient client;
+    a.hr = CoCreateInstance(CLSID_MMDeviceEnumerator, nullptr, CLSCTX_ALL, IID_IMMDeviceEnumerator, &a.object);
+    IMMDeviceEnumerator* const enumerator = static_cast<IMMDeviceEnumerator*>(a.object);
+    a.hr = enumerator->RegisterEndpointNotificationCallback(&client);
+    a.hr = enumerator->UnregisterEndpointNotificationCallback(&client);
+    a.hr = device->GetId(&a.text);
+    a.hr = client.QueryInterface(IID_IMMNotificationClient, &a.object);
+    a.count = enumerator->Release();
 }
 
 [[maybe_unused]] void CallSystem(Arguments& a)
@@ -227,6 +260,10 @@ QX_SAME_ID(ISpObjectToken, kISpObjectToken);
 QX_SAME_ID(ISpStream, kISpStream);
 QX_SAME_ID(ISpStreamFormat, kISpStreamFormat);
 QX_SAME_ID(IUnknown, kIUnknown);
+QX_SAME_ID(MMDeviceEnumerator, kMMDeviceEnumerator);
+QX_SAME_ID(IMMDeviceEnumerator, kIMMDeviceEnumerator);
+QX_SAME_ID(IMMDevice, kIMMDevice);
+QX_SAME_ID(IMMNotificationClient, kIMMNotificationClient);
 } // namespace
 
 #endif

@@ -129,14 +129,6 @@ std::string Bytes(const std::vector<int16_t>& samples, bool isBigEndian)
     return bytes;
 }
 
-std::string ReadAll(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw std::runtime_error("cannot read " + path);
-    return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-}
-
 } // namespace
 
 bool HaveFFmpeg()
@@ -197,10 +189,18 @@ std::string MakeFile(const ScratchDir& folder, const std::string& name, const st
     return path;
 }
 
+std::string ReadWholeFile(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        throw std::runtime_error("cannot read " + path);
+    return std::string((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+}
+
 std::string MakeTruncatedFile(const ScratchDir& folder, const std::string& path, const std::string& name,
                               size_t byteCount)
 {
-    return MakeFile(folder, name, ReadAll(path).substr(0, byteCount));
+    return MakeFile(folder, name, ReadWholeFile(path).substr(0, byteCount));
 }
 
 std::vector<int16_t> MakeTone(int rateHz, int channels, double seconds, double frequencyHz, double level)
@@ -224,5 +224,5 @@ std::string DecodeWithFFmpeg(const ScratchDir& folder, const std::string& path, 
     std::vector<std::string> command = FFmpeg();
     Append(command, {"-i", path, "-map", "0:" + std::to_string(stream), "-f", format, output});
     RunOrThrow(command);
-    return ReadAll(output);
+    return ReadWholeFile(output);
 }

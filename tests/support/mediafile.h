@@ -51,6 +51,7 @@ std::string MakeAuFile(const ScratchDir& folder, const std::string& name, int ra
 // 8-bit mono silence at 8 kHz, of any length at hardly any cost on the disk.
 std::string MakeSparseWavFile(const ScratchDir& folder, const std::string& name, int64_t seconds);
 std::string MakeFile(const ScratchDir& folder, const std::string& name, const std::string& content);
+std::string ReadWholeFile(const std::string& path);
 // The first bytes of a file as a file of its own.
 std::string MakeTruncatedFile(const ScratchDir& folder, const std::string& path, const std::string& name,
                               size_t byteCount);

@@ -211,7 +211,7 @@ void DeviceNotices::Connection::OnSource(pa_context*, const pa_source_info* info
     Side& inputs = *static_cast<Side*>(side);
     if (end)
         inputs.owner->Answered();
-    else if (info->monitor_of_sink == PA_INVALID_INDEX) // what a sink plays is no device
+    else if (info->monitor_of_sink == PA_INVALID_INDEX) // what a sink plays is no device of its own
         inputs.owner->Known(inputs, info->index, IdOf(info->name, info->proplist));
 }
 
@@ -271,7 +271,7 @@ void DeviceNotices::Connection::OnDefaultSink(pa_context*, const pa_sink_info* i
 
 void DeviceNotices::Connection::OnDefaultSource(pa_context*, const pa_source_info* info, int end, void* side)
 {
-    if (!end)
+    if (!end && info->monitor_of_sink == PA_INVALID_INDEX)
         static_cast<Side*>(side)->owner->m_tell({DeviceNotice::DefaultChanged, true, IdOf(info->name, info->proplist)});
 }
 
