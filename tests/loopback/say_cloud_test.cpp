@@ -207,6 +207,16 @@ TEST_F(SayCloud, TextAndHtmlArriveAsWordsAndSsmlAsItIs)
     EXPECT_TRUE(Holds(ssml, "\"ssml\":\"<speak>A fox<break")) << ssml;
 }
 
+TEST_F(SayCloud, AzureTakesTheVoiceOfMarkupFromTheMarkup)
+{
+    const std::string ssml = "<speak><voice name=\"de-DE-KatjaNeural\">Hallo</voice></speak>";
+    const Result result = Run(kEngines[1], {"-o", Out("x.wav"), "-v", "en-US-GuyNeural", "--input", "ssml", ssml});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(Holds(result.err, "warning: Microsoft Azure takes the voice")) << result.err;
+    EXPECT_EQ(Count(kEngines[1].list), 0u) << "no voice is chosen, so no list is needed";
+    EXPECT_FALSE(Holds(SpokenBody(kEngines[1], {"--input", "ssml", ssml}), "Guy"));
+}
+
 TEST_F(SayCloud, RefusalsOfTheServiceAreToldAndLeaveTheOutputAlone)
 {
     WriteFile(Out("old.wav"), "old");
@@ -482,6 +492,29 @@ TEST_F(SayCloud, InterruptEndsTheWaitAtOnceAndLeavesNothingHalfDone)
     // The four requests that were given up count.
     const std::string history = ReadFile(folder / "state/qxspeech/requests");
     EXPECT_EQ(std::count(history.begin(), history.end(), ';'), 3) << history;
+}
+
+TEST_F(SayCloud, InterruptEndsTheOtherRequestsToo)
+{
+    const Engine& engine = kEngines[0];
+    for (const Arguments& arguments : {Arguments{"-L"}, Arguments{"--test-auth"}, Arguments{"-o", Out("x"), "hi"}}) {
+        SCOPED_TRACE(arguments.front());
+        services.ClearRequests();
+        services.Inject("", engine.list, 1, Fault::Stall(Stage::kBeforeHeaders));
+        ChildProcess say = Say(engine, arguments);
+        bool sent = false;
+        say.whileRunning = [&](pid_t pid) {
+            if (!sent && Count(engine.list) == 1 && services.WaitForStalls(1, std::chrono::milliseconds(1)))
+                sent = kill(pid, SIGINT) == 0;
+        };
+        const Result result = say.Run();
+        EXPECT_TRUE(sent);
+        EXPECT_EQ(result.status, 130);
+        EXPECT_EQ(result.out + result.err, "");
+        services.Release();
+    }
+    EXPECT_TRUE(Names("out").empty());
+    EXPECT_FALSE(fs::exists(CacheFile(engine)));
 }
 
 TEST_F(SayCloud, KeyEndsTheWaitOnATerminalAndTheLineSaysWhatFor)
