@@ -26,16 +26,20 @@ struct RegisteredFile {
 RegisteredFile g_files[8];
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const termios*>::is_always_lock_free);
 
-void OnEndSignal(int)
+[[noreturn]] void LeaveAtOnce()
 {
-    if (!g_endRequested.exchange(true))
-        return;
     if (const termios* settings = g_terminal)
         tcsetattr(STDIN_FILENO, TCSANOW, settings);
     for (const RegisteredFile& file : g_files)
         if (file.isSet)
             unlink(file.path);
     _exit(kExitInterrupted);
+}
+
+void OnEndSignal(int)
+{
+    if (g_endRequested.exchange(true))
+        LeaveAtOnce();
 }
 
 void OnHaltSignal(int)
@@ -71,6 +75,11 @@ void InstallSignalHandlers()
 void RequestEnd()
 {
     g_endRequested = true;
+}
+
+void EndAtOnce()
+{
+    LeaveAtOnce();
 }
 
 bool IsInterrupted()

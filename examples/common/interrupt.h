@@ -13,6 +13,8 @@ namespace tool
 // process at once, for a sound server that hangs: terminal and temporary file are put in order even then.
 void InstallSignalHandlers();
 void RequestEnd();
+// What the second signal does: for a main thread that another one keeps from an orderly end.
+[[noreturn]] void EndAtOnce();
 bool IsInterrupted();
 // Throws Failure (kExitInterrupted).
 void ThrowIfInterrupted();

@@ -20,6 +20,8 @@
 #include "temporaryfiles.h"
 #include "textinput.h"
 #include "voices.h"
+#include "voicesource.h"
+#include "websession.h"
 
 namespace say
 {
@@ -40,18 +42,38 @@ private:
     wxTextToSpeech& m_engine;
 };
 
-void List(const Options& options)
+void ListEngines()
 {
     SpeechInstance instance;
-    if (options.listEngines) {
-        PrintOutput(EngineList(instance.Engine()));
-        return;
-    }
+    PrintOutput(EngineList(instance.Engine()));
+}
+
+void ListVoices(const Options& options)
+{
+    WebSession session(options);
+    SpeechInstance instance;
     SelectEngine(instance.Engine(), options.engine);
-    const std::vector<QXTTSVoiceInfo> voices = OfLanguage(LoadVoices(instance.Engine()), options.language);
+    session.Use(instance.Engine());
+    const VoiceSource source(instance.Engine(), session, options);
+    const std::vector<QXTTSVoiceInfo> voices = OfLanguage(source.Voices(), options.language);
     PrintOutput(options.json ? VoiceListJson(voices) : VoiceListText(voices));
     if (voices.empty())
         PrintError(options.language.empty() ? wxString("no voices") : "no voice for language " + options.language);
+}
+
+void TestAuthentication(const Options& options)
+{
+    WebSession session(options);
+    SpeechInstance instance;
+    SelectEngine(instance.Engine(), options.engine);
+    session.Use(instance.Engine());
+    if (!session.IsWeb())
+        throw Failure{kExitUsage, session.EngineId() + " needs no credentials; -e says which engine to test"};
+    if (!session.TestAuthentication()) {
+        const wxString reason = instance.Engine().GetLastErrorMessage();
+        throw Failure{kExitRefused, reason.empty() ? session.EngineId() + " does not take the credentials" : reason};
+    }
+    PrintOutput("ok\n");
 }
 
 void SaveText(const Options& options)
@@ -74,14 +96,21 @@ void Say(const Options& options)
     if (!options.verbose)
         SilenceStandardError(); // sound libraries print there, some when a file is written, too
     std::optional<AudioSession> audio;
+    WebSession session(options);
     SpeechInstance instance;
     SelectEngine(instance.Engine(), options.engine);
-    ApplySettings(instance.Engine(), options);
+    session.Use(instance.Engine());
     instance.Engine().SetTransformer(&preparation.Transformer());
-    // Last, so that a wrong command line is told as such on a machine without sound, too.
+    const Spoken spoken = session.IsWeb() ? preparation.ForWebEngine(text) : preparation.ForSpeech(text);
+    // A wrong command line is told as such on a machine without sound, too; a service is asked only if there is sound.
+    ApplySettings(instance.Engine(), options);
+    if (!session.IsWeb())
+        ApplyVoice(instance.Engine(), session, options);
     if (!output)
-        audio.emplace(AudioSession::Needs::kOutput, "use -o FILE to write a WAV file");
-    SpeakToEnd(instance.Engine(), preparation.ForSpeech(text), options, output.get());
+        audio.emplace(AudioSession::Needs::kOutput, "use -o FILE to write a sound file");
+    if (session.IsWeb())
+        ApplyVoice(instance.Engine(), session, options);
+    SpeakToEnd(instance.Engine(), session, spoken, options, output.get());
     if (output)
         output->Commit();
 }
@@ -94,8 +123,12 @@ void Run(const std::vector<std::string>& arguments)
         PrintOutput(UsageText());
     else if (options.version)
         PrintOutput("qxspeech-say " QXSPEECH_VERSION_STRING "\n");
-    else if (options.listEngines || options.listVoices)
-        List(options);
+    else if (options.listEngines)
+        ListEngines();
+    else if (options.listVoices)
+        ListVoices(options);
+    else if (options.testAuth)
+        TestAuthentication(options);
     else if (options.hasSaveText)
         SaveText(options);
     else

@@ -11,15 +11,24 @@ namespace
 
 const wxCmdLineEntryDesc kEntries[] = {
     {wxCMD_LINE_OPTION, "f", "file", "read the text from this file (- is standard input)", wxCMD_LINE_VAL_STRING, 0},
-    {wxCMD_LINE_OPTION, "o", "output", "write a WAV file instead of playing (- is standard output)",
+    {wxCMD_LINE_OPTION, "o", "output", "write a sound file instead of playing (- is standard output)",
      wxCMD_LINE_VAL_STRING, 0},
     {wxCMD_LINE_OPTION, "e", "engine", "speak with this engine: sapi (or local), polly, azure, google, or a full id",
      wxCMD_LINE_VAL_STRING, 0},
     {wxCMD_LINE_OPTION, "v", "voice", "speak with the voice of this id or name", wxCMD_LINE_VAL_STRING, 0},
-    {wxCMD_LINE_SWITCH, "L", "list-voices", "list the engine's voices", wxCMD_LINE_VAL_NONE, 0},
-    {wxCMD_LINE_OPTION, nullptr, "lang", "with -L, only voices of this language (en, en-US)", wxCMD_LINE_VAL_STRING, 0},
+    {wxCMD_LINE_SWITCH, "L", "list-voices", "list the engine's voices; of a web engine, those asked for last",
+     wxCMD_LINE_VAL_NONE, 0},
+    {wxCMD_LINE_OPTION, nullptr, "lang", "only voices of this language (en, en-US); without -v, the first of them",
+     wxCMD_LINE_VAL_STRING, 0},
     {wxCMD_LINE_SWITCH, nullptr, "json", "with -L, as JSON", wxCMD_LINE_VAL_NONE, 0},
     {wxCMD_LINE_SWITCH, nullptr, "list-engines", "list the engines", wxCMD_LINE_VAL_NONE, 0},
+    {wxCMD_LINE_SWITCH, nullptr, "refresh", "ask a web engine for its voices anew", wxCMD_LINE_VAL_NONE, 0},
+    {wxCMD_LINE_SWITCH, nullptr, "test-auth", "test the credentials for a web engine: prints ok, or why not",
+     wxCMD_LINE_VAL_NONE, 0},
+    {wxCMD_LINE_OPTION, nullptr, "config", "read credentials from this file, which must be yours alone (chmod 600)",
+     wxCMD_LINE_VAL_STRING, 0},
+    {wxCMD_LINE_OPTION, nullptr, "proxy", "the way to a web engine: system, none or http://[user:password@]host:port",
+     wxCMD_LINE_VAL_STRING, 0},
     {wxCMD_LINE_OPTION, nullptr, "rate", "speed: a number of the engine's range, or 0% to 100%", wxCMD_LINE_VAL_STRING,
      0},
     {wxCMD_LINE_OPTION, nullptr, "pitch", "pitch, as for --rate", wxCMD_LINE_VAL_STRING, 0},
@@ -34,8 +43,8 @@ const wxCmdLineEntryDesc kEntries[] = {
     {wxCMD_LINE_SWITCH, nullptr, "headings", "with HTML, announce headings with their level", wxCMD_LINE_VAL_NONE, 0},
     {wxCMD_LINE_OPTION, nullptr, "save-text", "write the prepared text instead of speaking (- is standard output)",
      wxCMD_LINE_VAL_STRING, 0},
-    {wxCMD_LINE_SWITCH, nullptr, "progress", "show what goes on, if standard error is a terminal", wxCMD_LINE_VAL_NONE,
-     0},
+    {wxCMD_LINE_SWITCH, nullptr, "progress", "show what goes on; without a terminal, what a web engine is waited for",
+     wxCMD_LINE_VAL_NONE, 0},
     {wxCMD_LINE_SWITCH, nullptr, "verbose", "show the log on standard error", wxCMD_LINE_VAL_NONE, 0},
     {wxCMD_LINE_SWITCH, "h", "help", "show this text", wxCMD_LINE_VAL_NONE, 0},
     {wxCMD_LINE_SWITCH, nullptr, "version", "show the version", wxCMD_LINE_VAL_NONE, 0},
@@ -73,6 +82,18 @@ void ReadPreparation(const wxCmdLineParser& parser, Options& options)
     options.saveText = ReadBytes(parser, "save-text", &options.hasSaveText);
     if (options.hasSaveText && options.hasOutput)
         RefuseUsage("--save-text does not speak; give it without -o");
+}
+
+void ReadWeb(const wxCmdLineParser& parser, Options& options)
+{
+    options.testAuth = parser.Found("test-auth");
+    options.refresh = parser.Found("refresh");
+    options.config = ReadBytes(parser, "config");
+    wxString proxy;
+    options.hasProxy = parser.Found("proxy", &proxy);
+    // The value may hold a password.
+    if (options.hasProxy && !ParseProxy(proxy, options.proxy))
+        RefuseUsage("--proxy is system, none or http://[user:password@]host:port");
 }
 
 void ReadInputForm(const wxCmdLineParser& parser, Options& options)
@@ -122,16 +143,17 @@ Options Collect(const wxCmdLineParser& parser, bool inputIsTerminal)
     parser.Found("e", &options.engine);
     parser.Found("v", &options.voice);
     parser.Found("lang", &options.language);
-    if (!options.listVoices && (options.json || parser.Found("lang")))
-        RefuseUsage("--lang and --json go with -L");
+    if (!options.listVoices && options.json)
+        RefuseUsage("--json goes with -L");
+    ReadWeb(parser, options);
     ReadQuantity(parser, "rate", options.rate);
     ReadQuantity(parser, "pitch", options.pitch);
     ReadQuantity(parser, "volume", options.volume);
     options.output = ReadBytes(parser, "o", &options.hasOutput);
     ReadPreparation(parser, options);
-    const bool lists = options.listVoices || options.listEngines;
+    const bool lists = options.listVoices || options.listEngines || options.testAuth;
     if (lists && parser.GetParamCount() > 0)
-        RefuseUsage("a list takes no text");
+        RefuseUsage(options.testAuth ? "--test-auth takes no text" : "a list takes no text");
     if (!lists)
         ReadSource(parser, options, inputIsTerminal);
     ReadInputForm(parser, options);
@@ -139,6 +161,19 @@ Options Collect(const wxCmdLineParser& parser, bool inputIsTerminal)
         RefuseUsage("--headings goes with HTML (--input html)");
     return options;
 }
+
+const char* const kWebText =
+    "\nWeb engines send the text to a service and need credentials, from the environment or a file of lines "
+    "NAME=VALUE\n"
+    "(--config; its values count before those of the environment), never from the command line:\n"
+    "  polly   AWS_ACCESS_KEY_ID, AWS_SECRET_ACCESS_KEY, AWS_REGION\n"
+    "  azure   AZURE_SPEECH_KEY, AZURE_SPEECH_REGION\n"
+    "  google  GOOGLE_API_KEY\n"
+    "The file may hold PROXY, too, a --proxy whose password nobody sees in the list of processes; --proxy counts\n"
+    "before it. Without both, the system's proxy is taken.\n"
+    "Without -v they speak with the first voice of --lang or of the locale, else with the first of all. Voice lists\n"
+    "are kept in ~/.cache/qxspeech (XDG_CACHE_HOME) for a month, and longer while the service cannot be reached.\n"
+    "SSML goes out as it is; what else there is, is made plain text here.\n";
 
 } // namespace
 
@@ -157,9 +192,10 @@ wxString UsageText()
     wxString text = "Usage: qxspeech-say [options] [--] TEXT...\n"
                     "       qxspeech-say [options] -f FILE\n"
                     "       ... | qxspeech-say [options]\n"
-                    "Speaks text on the default audio device, or writes it to a WAV file.\n\n";
+                    "Speaks text on the default audio device, or writes it to a file: WAV, from Amazon Polly MP3.\n\n";
     text += DescribeOptions(kEntries);
-    text += "\nOn a terminal: space pauses and goes on, n skips a sentence, q or Ctrl-C stops.\n"
+    text += kWebText;
+    text += "\nOn a terminal: space pauses and goes on, n skips a sentence (sapi), q or Ctrl-C stops.\n"
             "Exit status: 0 done, 1 the engine refused, 2 usage, 3 no audio device, 4 a file cannot be read or\n"
             "written, 130 interrupted.\n";
     return text;

@@ -7,6 +7,7 @@
 #include <wx/arrstr.h>
 #include <wx/string.h>
 
+#include "proxychoice.h"
 #include "values.h"
 
 namespace say
@@ -23,6 +24,9 @@ struct Options {
     bool listVoices = false;
     bool listEngines = false;
     bool json = false;
+    bool testAuth = false;
+    bool refresh = false;
+    bool hasProxy = false;
     bool hasInputForm = false;
     bool hasOutput = false;
     bool hasSaveText = false;
@@ -36,6 +40,8 @@ struct Options {
     std::string output;     // the path's bytes; "-" is standard output
     std::string dictionary; // the path's bytes; empty: none
     std::string saveText;   // as output
+    std::string config;     // the path's bytes; empty: none
+    ProxyChoice proxy;      // if hasProxy
     wxString engine;        // empty: the library's choice
     wxString voice;         // empty: the engine's choice
     wxString language;      // empty: every language

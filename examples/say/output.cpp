@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 #include <vector>
 #include <wx/filename.h>
@@ -72,6 +73,35 @@ std::string ResolveLinks(const std::string& path)
     std::string result = resolved ? resolved : path;
     std::free(resolved);
     return result;
+}
+
+// The first bytes, fewer if there are no more.
+std::string HeadOf(const std::string& path)
+{
+    char bytes[12];
+    const File file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const ssize_t count = file < 0 ? 0 : read(file, bytes, sizeof(bytes));
+    return std::string(bytes, count > 0 ? static_cast<size_t>(count) : 0);
+}
+
+// Empty for what is neither.
+wxString AudioFormat(const std::string& head)
+{
+    if (head.compare(0, 4, "RIFF") == 0)
+        return "WAV";
+    const bool isFrame = head.size() > 1 && head[0] == '\xFF' && (head[1] & 0xE0) == 0xE0;
+    return isFrame || head.compare(0, 3, "ID3") == 0 ? "MP3" : "";
+}
+
+// What a WAV file's head announces; 0 for another file.
+uint64_t AnnouncedBytes(const std::string& head)
+{
+    if (AudioFormat(head) != "WAV" || head.size() < 8)
+        return 0;
+    uint64_t size = 8;
+    for (size_t byte = 0; byte < 4; ++byte)
+        size += static_cast<uint64_t>(static_cast<unsigned char>(head[4 + byte])) << (8 * byte);
+    return size;
 }
 
 // The library takes paths as Unicode text.
@@ -184,6 +214,24 @@ void OutputTarget::WriteText(const std::string& bytes)
         Fail(error);
 }
 
+void OutputTarget::RequireRoom() const
+{
+    struct statvfs info = {};
+    if (statvfs(m_temporary.c_str(), &info) == 0 && info.f_blocks > 0 && info.f_bfree == 0)
+        Fail(ENOSPC);
+}
+
+void OutputTarget::RequireAudio(const wxString& engine) const
+{
+    const uint64_t size = SpeechBytes();
+    const bool isWhole = size > 0 && size >= AnnouncedBytes(HeadOf(m_temporary));
+    RequireRoom();
+    if (size == 0)
+        throw Failure{kExitRefused, engine + " gave no audio"};
+    if (!isWhole)
+        throw Failure{kExitFile, m_name + ": the speech could not be written whole"};
+}
+
 uint64_t OutputTarget::SpeechBytes() const
 {
     struct stat info = {};
@@ -207,9 +255,10 @@ void OutputTarget::WarnOfExtension() const
 {
     wxString extension;
     wxFileName::SplitPath(m_name, nullptr, nullptr, &extension);
-    for (const char* other : {"mp3", "ogg", "oga", "opus", "flac", "m4a", "aac"})
-        if (extension.CmpNoCase(other) == 0)
-            PrintError("warning: " + m_name + " holds WAV data, not " + extension);
+    const wxString format = AudioFormat(HeadOf(m_temporary));
+    for (const char* known : {"wav", "mp3", "ogg", "oga", "opus", "flac", "m4a", "aac"})
+        if (!format.empty() && extension.CmpNoCase(known) == 0 && extension.CmpNoCase(format) != 0)
+            PrintError("warning: " + m_name + " holds " + format + " data, not " + extension);
 }
 
 void OutputTarget::Rename()

@@ -32,6 +32,11 @@ public:
     wxString SpeechFile() const;
     // Writes a text there in the engine's place. Throws Failure (kExitFile).
     void WriteText(const std::string& bytes);
+    // Throws Failure (kExitFile) if the engine has no room to write on.
+    void RequireRoom() const;
+    // For engines that answer well without audio, or with less than there should be: throws Failure, kExitRefused
+    // without any, kExitFile if it is cut short.
+    void RequireAudio(const wxString& engine) const;
     // Bytes there so far.
     uint64_t SpeechBytes() const;
     // Throws Failure: kExitFile if the file is empty or cannot be put in place, kExitInterrupted if the program is to

@@ -78,6 +78,16 @@ Spoken Preparation::ForSpeech(const wxString& text)
     return {form == InputForm::kText ? ProtectPlainText(words) : words, false, form, prepared};
 }
 
+Spoken Preparation::ForWebEngine(const wxString& text)
+{
+    const InputForm form = FormOf(text);
+    if (form == InputForm::kText || form == InputForm::kHtml)
+        return {ForReading(text).Trim(), false, InputForm::kText, true};
+    if (m_options.simplifyPunctuation || (!m_options.dictionary.empty() && !m_options.noDictionary))
+        PrintError("warning: markup goes to the service as it is, without --dict and --simplify-punctuation");
+    return {text, false, InputForm::kSsml, true};
+}
+
 wxString Preparation::ForReading(const wxString& text)
 {
     const InputForm form = FormOf(text);

@@ -25,6 +25,11 @@ struct Spoken {
 //   text, SSML, simplified   string, transformed here: the engine simplifies only files
 //   HTML                     file; the engine converts it
 //   HTML with headings       file of SAPI XML, converted here: the engine announces none
+//
+// Engines on the network prepare nothing themselves:
+//
+//   text, HTML               string of plain text, prepared here
+//   SSML, native             string, unchanged: SSML is their own markup
 class Preparation
 {
 public:
@@ -35,8 +40,10 @@ public:
 
     wxTTSTransformer& Transformer() { return m_transformer; }
 
-    // Both throw Failure: kExitFile without room for a temporary file, kExitInterrupted if the program is to end.
+    // All throw Failure: kExitFile without room for a temporary file, kExitInterrupted if the program is to end,
+    // kExitUsage if nothing is left to say.
     Spoken ForSpeech(const wxString& text);
+    Spoken ForWebEngine(const wxString& text);
     // The same words for a reader: HTML becomes plain text, other forms stay as they are.
     wxString ForReading(const wxString& text);
 

@@ -14,6 +14,7 @@
 #include "temporaryfiles.h"
 #include "values.h"
 #include "voices.h"
+#include "voicesource.h"
 
 namespace say
 {
@@ -21,6 +22,8 @@ namespace
 {
 
 constexpr int kPollMs = 10;
+// The native speed from which Google Cloud's engine makes its rate of 1.0.
+constexpr int kGoogleNormalSpeed = 213;
 
 struct Range {
     const char* name;
@@ -56,24 +59,33 @@ void Apply(wxTextToSpeech& engine, const Options& options, const Range& range)
     (engine.*range.set)(given.value, given.percent ? wxTTS_QUANTITY_PERCENT : wxTTS_QUANTITY_NATIVE);
 }
 
+// In markup, Azure's voice is what the markup says.
+bool TakesVoice(const WebSession& session, const Options& options)
+{
+    const bool isMarkup = options.inputForm == InputForm::kSsml || options.inputForm == InputForm::kNative;
+    if (session.EngineId() != "Microsoft Azure" || !isMarkup)
+        return session.IsWeb() || !options.voice.empty() || !options.language.empty();
+    if (!options.voice.empty() || !options.language.empty())
+        PrintError(
+            "warning: Microsoft Azure takes the voice of SSML from its voice elements; -v and --lang do nothing");
+    return false;
+}
+
 // One speech under way: keys, signals, notices of the engine, progress.
 class Speech
 {
 public:
-    Speech(wxTextToSpeech& engine, const Options& options, const OutputTarget* output)
-        : m_engine(engine), m_progress(options.progress, output)
+    Speech(wxTextToSpeech& engine, WebSession& session, const Options& options, const OutputTarget* output)
+        : m_engine(engine), m_session(session), m_output(output), m_progress(options.progress, output)
     {
     }
 
-    void Run(const Spoken& spoken, const wxString& file)
+    void Run(const Spoken& spoken)
     {
-        m_progress.Waiting(m_engine.GetEngine());
-        ThrowIfInterrupted();
-        if (!(spoken.isFile ? m_engine.SpeakFile(spoken.input, wxTTS_SPEAK_ASYNC, file)
-                            : m_engine.Speak(spoken.input, wxTTS_SPEAK_ASYNC, file)))
-            Refuse(file.empty());
+        if (!(m_session.IsWeb() ? m_session.Speak(spoken.input, m_output, m_keys) : StartLocal(spoken)))
+            Refuse();
         m_progress.Started();
-        while (IsSpeaking()) {
+        while (IsUnderWay()) {
             Obey(m_keys.Wait(kPollMs));
             if (TakeHaltRequest())
                 Halt();
@@ -86,10 +98,20 @@ public:
     }
 
 private:
-    bool IsSpeaking()
+    bool StartLocal(const Spoken& spoken)
+    {
+        m_progress.Waiting(m_engine.GetEngine());
+        ThrowIfInterrupted();
+        const wxString file = m_output ? m_output->SpeechFile() : wxString();
+        return spoken.isFile ? m_engine.SpeakFile(spoken.input, wxTTS_SPEAK_ASYNC, file)
+                             : m_engine.Speak(spoken.input, wxTTS_SPEAK_ASYNC, file);
+    }
+
+    bool IsUnderWay()
     {
         wxAppConsole::GetInstance()->Yield(true); // the end of the speech arrives as an event
-        return m_engine.IsSpeaking();
+        // A paused web engine does not count as speaking.
+        return m_engine.IsSpeaking() || (m_session.IsWeb() && m_engine.IsPaused());
     }
 
     void Obey(char key)
@@ -134,17 +156,21 @@ private:
         throw Failure{kExitInterrupted, wxString()};
     }
 
-    [[noreturn]] void Refuse(bool plays)
+    [[noreturn]] void Refuse()
     {
+        if (m_output)
+            m_output->RequireRoom();
         if (!TemporaryFiles::LibraryError().empty())
             throw Failure{kExitFile, TemporaryFiles::LibraryError()};
-        if (plays && !AudioSession::HasOutputDevice())
-            throw Failure{kExitNoDevice, "no audio output device; use -o FILE to write a WAV file"};
+        if (!m_output && !AudioSession::HasOutputDevice())
+            throw Failure{kExitNoDevice, "no audio output device; use -o FILE to write a sound file"};
         const wxString reason = m_engine.GetLastErrorMessage();
         throw Failure{kExitRefused, reason.empty() ? m_engine.GetEngine() + " cannot speak this" : reason};
     }
 
     wxTextToSpeech& m_engine;
+    WebSession& m_session;
+    const OutputTarget* const m_output; // null: it plays
     TerminalKeys m_keys;
     Progress m_progress;
 };
@@ -165,22 +191,31 @@ void SelectEngine(wxTextToSpeech& engine, const wxString& name)
     throw Failure{kExitRefused, reason.empty() ? id + " does not start: this system has no such speech" : reason};
 }
 
+void ApplyVoice(wxTextToSpeech& engine, WebSession& session, const Options& options)
+{
+    if (TakesVoice(session, options))
+        engine.SetVoice(VoiceSource(engine, session, options).Choose());
+}
+
 void ApplySettings(wxTextToSpeech& engine, const Options& options)
 {
-    if (!options.voice.empty())
-        engine.SetVoice(FindVoice(LoadVoices(engine), options.voice));
+    if (engine.GetEngine() == "Google Cloud" && !options.rate.given)
+        engine.SetSpeed(kGoogleNormalSpeed, wxTTS_QUANTITY_NATIVE);
     for (const Range& range : kRanges)
         Apply(engine, options, range);
     engine.SetProperty("No pronunciation substitutions", options.noDictionary);
     engine.SetProperty("Simplify punctuation", options.simplifyPunctuation);
 }
 
-void SpeakToEnd(wxTextToSpeech& engine, const Spoken& spoken, const Options& options, const OutputTarget* output)
+void SpeakToEnd(wxTextToSpeech& engine, WebSession& session, const Spoken& spoken, const Options& options,
+                const OutputTarget* output)
 {
     if (spoken.isPrepared)
         engine.SetTransformer(nullptr);
     engine.SetProperty("Input format", InputFormatProperty(spoken.form));
-    Speech(engine, options, output).Run(spoken, output ? output->SpeechFile() : wxString());
+    Speech(engine, session, options, output).Run(spoken);
+    if (session.IsWeb() && output)
+        output->RequireAudio(session.EngineId());
 }
 
 } // namespace say

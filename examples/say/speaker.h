@@ -8,6 +8,7 @@
 #include "output.h"
 #include "preparation.h"
 #include "speech/tts.h"
+#include "websession.h"
 
 namespace say
 {
@@ -16,12 +17,15 @@ namespace say
 // not start.
 void SelectEngine(wxTextToSpeech& engine, const wxString& name);
 
-// Voice, rate, pitch, volume, punctuation and the use of the dictionary. Throws Failure, mostly kExitUsage.
+// Rate, pitch, volume, punctuation and the use of the dictionary. Throws Failure (kExitUsage).
 void ApplySettings(wxTextToSpeech& engine, const Options& options);
+// The voice; a web engine's may have to be asked of its service. Throws Failure, mostly kExitUsage.
+void ApplyVoice(wxTextToSpeech& engine, WebSession& session, const Options& options);
 
 // Speaks to the end: to the device without an output, which the caller commits otherwise. Throws Failure: kExitRefused
 // if the engine does not speak, kExitInterrupted if it was stopped.
-void SpeakToEnd(wxTextToSpeech& engine, const Spoken& spoken, const Options& options, const OutputTarget* output);
+void SpeakToEnd(wxTextToSpeech& engine, WebSession& session, const Spoken& spoken, const Options& options,
+                const OutputTarget* output);
 
 } // namespace say
 

@@ -132,6 +132,13 @@ wxString InputFormatProperty(InputForm form)
     return "Text";
 }
 
+wxString LanguageOfLocale(const wxString& locale)
+{
+    wxString language = locale.substr(0, locale.find_first_of(".@"));
+    language.Replace("_", "-");
+    return language.empty() || language == "C" || language == "POSIX" ? wxString("en-US") : language;
+}
+
 bool LanguageMatches(const wxString& code, const wxString& wanted)
 {
     if (wanted.empty() || code.length() < wanted.length())

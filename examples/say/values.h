@@ -35,6 +35,9 @@ InputForm GuessInputForm(const wxString& filename);
 // The library's value of the property "Input format".
 wxString InputFormatProperty(InputForm form);
 
+// "en-GB" for the locale "en_GB.UTF-8"; "en-US" for an empty one, C and POSIX.
+wxString LanguageOfLocale(const wxString& locale);
+
 // "en" takes "en", "en-US" and "en_GB"; "en-US" takes only itself. Case does not matter.
 bool LanguageMatches(const wxString& code, const wxString& wanted);
 

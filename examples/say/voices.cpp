@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "exitstatus.h"
 #include "values.h"
 #include "json/jsonvalue.h"
 #include "json/jsonwriter.h"
@@ -34,18 +33,6 @@ wxString EngineList(const wxTextToSpeech& engine)
     for (const wxString& id : engine.GetEngineIds())
         text += Column(ShortEngineName(id), 8) + id + "\n";
     return text;
-}
-
-std::vector<QXTTSVoiceInfo> LoadVoices(const wxTextToSpeech& engine)
-{
-    wxTTSHandler* const handler = engine.GetCurrentHandler();
-    std::vector<QXTTSVoiceInfo> voices = handler->GetAvailableVoices();
-    // Only engines on the network have no installed voices but a list to fetch.
-    if (voices.empty() && ShortEngineName(handler->GetId()) != "sapi" && !handler->GetAllVoices(voices)) {
-        const wxString reason = handler->GetLastErrorMessage();
-        throw Failure{kExitRefused, reason.empty() ? handler->GetId() + " gave no voice list" : reason};
-    }
-    return voices;
 }
 
 std::vector<QXTTSVoiceInfo> OfLanguage(const std::vector<QXTTSVoiceInfo>& voices, const wxString& language)
@@ -83,13 +70,22 @@ wxString VoiceListJson(const std::vector<QXTTSVoiceInfo>& voices)
     return text + "\n";
 }
 
-QXTTSVoiceInfo FindVoice(const std::vector<QXTTSVoiceInfo>& voices, const wxString& name)
+const QXTTSVoiceInfo* FindVoice(const std::vector<QXTTSVoiceInfo>& voices, const wxString& name)
 {
     for (const bool withCase : {true, false})
         for (const QXTTSVoiceInfo& voice : voices)
             if (voice.GetId().IsSameAs(name, withCase) || voice.GetName().IsSameAs(name, withCase))
-                return voice;
-    throw Failure{kExitUsage, "no voice \"" + name + "\"; -L lists the voices"};
+                return &voice;
+    return nullptr;
+}
+
+const QXTTSVoiceInfo* FirstVoice(const std::vector<QXTTSVoiceInfo>& voices, const wxString& language)
+{
+    for (const wxString& wanted : {language, language.BeforeFirst('-')})
+        for (const QXTTSVoiceInfo& voice : voices)
+            if (LanguageMatches(voice.GetLangCode(), wanted))
+                return &voice;
+    return voices.empty() ? nullptr : &voices.front();
 }
 
 } // namespace say

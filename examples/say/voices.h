@@ -13,8 +13,6 @@ namespace say
 // One line for each engine: short name, id.
 wxString EngineList(const wxTextToSpeech& engine);
 
-// The current engine's voices: installed, or asked of its service. Throws Failure (kExitRefused) if that fails.
-std::vector<QXTTSVoiceInfo> LoadVoices(const wxTextToSpeech& engine);
 // Those of a language; all for an empty one.
 std::vector<QXTTSVoiceInfo> OfLanguage(const std::vector<QXTTSVoiceInfo>& voices, const wxString& language);
 // One line for each voice: language code, id, name where it differs.
@@ -22,8 +20,10 @@ wxString VoiceListText(const std::vector<QXTTSVoiceInfo>& voices);
 // One array, also for no voices.
 wxString VoiceListJson(const std::vector<QXTTSVoiceInfo>& voices);
 
-// The voice of that id or name, with case first, then without. Throws Failure (kExitUsage) if there is none.
-QXTTSVoiceInfo FindVoice(const std::vector<QXTTSVoiceInfo>& voices, const wxString& name);
+// The voice of that id or name, with case first, then without; null if there is none. Points into the vector.
+const QXTTSVoiceInfo* FindVoice(const std::vector<QXTTSVoiceInfo>& voices, const wxString& name);
+// The first of exactly that language, else of its first part ("en" of "en-GB"), else of all; null if there are none.
+const QXTTSVoiceInfo* FirstVoice(const std::vector<QXTTSVoiceInfo>& voices, const wxString& language);
 
 } // namespace say
 
