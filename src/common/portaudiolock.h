@@ -5,7 +5,8 @@
 #include <mutex>
 
 // PortAudio's list of open streams is not thread-safe; writing to different streams is. One lock for the process, held
-// alone and only round Pa_OpenStream and Pa_CloseStream. Never destroyed: exit handlers may still close a stream.
+// round Pa_OpenStream and Pa_CloseStream, under which no other lock is taken. Never destroyed: exit handlers may still
+// close a stream.
 std::mutex& qxPortAudioLock();
 
 #endif

@@ -10,7 +10,7 @@
 
 // All slots exist from construction and are reused, never moved; a slot belongs to the writer between WriteSlot and
 // CommitWrite, to the reader between ReadSlot and CommitRead, and is worked on outside the lock. Close wakes both
-// sides; afterwards no call blocks. The queue's lock is always held alone.
+// sides; afterwards no call blocks. No other lock is taken under the queue's.
 template <class T>
 class CircularQueue
 {

@@ -13,7 +13,8 @@ class MKFileProviderImpl;
 // Opens a container, a decoder for each stream that is opened, and gives decoded frames with time stamps in
 // microseconds. Made with plain new; an MKTransform that opened it deletes it, else whoever made it. Any thread may
 // call; each stream is read by one thread, and several may be read at once, one decoding at a time. Questions wait for
-// at most one decode. Until Open has succeeded every operation but the setters and Close logs why and fails.
+// at most one decode, besides an Open or Seek under way. Until Open has succeeded every operation but the setters and
+// Close logs why and fails.
 class QXSPEECH_API MKFileProvider : public MKProvider
 {
 public:

@@ -9,7 +9,7 @@
 #include "common/export.h"
 
 // Times in the kit are signed 64-bit microseconds; FFmpeg's AV_NOPTS_VALUE means "not set". A stream is addressed by an
-// index that is local to its node. Nothing in the kit throws: operations answer false or a negative number, where -1 is
+// index that is local to its node. Nodes throw nothing: operations answer false or a negative number, where -1 is
 // end of stream (from Read), -2 no such thing or wrong state, -11 not yet, -12 out of memory, -22 invalid argument; the
 // reason stands in the log.
 

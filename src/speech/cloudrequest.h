@@ -56,8 +56,8 @@ private:
 
 // Sends the request through the process-wide proxy settings of QXTextToSpeech and blocks until the answer's headers are
 // in. Each call has a client and a connection of its own, and nothing is repeated. Any status is an answer; throws
-// std::exception for everything that prevents one (a bad address, no connection, a certificate, a timeout of 30
-// seconds), and for a header value that holds a line break. No text of an exception holds a header's value.
+// std::exception for everything that prevents one (a bad address, no connection, a certificate, 30 seconds
+// without a byte), and for a header value that holds a line break. No text of an exception holds a header's value.
 CloudResponse SendCloudRequest(const CloudRequest& request);
 
 } // namespace qxspeech

@@ -25,7 +25,8 @@ enum wxTTSQuantityType : int {
     wxTTS_QUANTITY_PERCENT = 1 // 0 to 100 from the engine's minimum to its maximum
 };
 
-// What Skip counts. Handed on unchanged; the engines of this library skip by sentence whatever it says.
+// What Skip counts. Handed on unchanged; the local engine skips by sentence whatever it says, the
+// web engines do not skip.
 enum wxTTSSkipType : int { wxTTS_SKIP_SENTENCE = 0, wxTTS_SKIP_WORD = 1, wxTTS_SKIP_PARAGRAPH = 2 };
 
 // What an engine can do, as HasCapability tells.

@@ -25,7 +25,6 @@ TEST(ServerGone, WritingFailsAndEverythingStillCloses)
         GTEST_SKIP() << sink->Why();
     ASSERT_TRUE(sink->Ok()) << sink->Why();
     ASSERT_EQ(Pa_Initialize(), paNoError);
-    CoInitialize(nullptr);
     MKAudioDeviceManagerImpl manager;
     manager.StartNotification();
     MKAudioDisplay display;
@@ -47,7 +46,6 @@ TEST(ServerGone, WritingFailsAndEverythingStillCloses)
     EXPECT_EQ(written, -2);
     EXPECT_TRUE(display.StopStream());
     EXPECT_TRUE(display.Close());
-    CoUninitialize();
     Pa_Terminate();
 }
 
@@ -57,7 +55,6 @@ TEST(NoServer, NoticesStayOffAndTheManagerWorks)
     for (const char* variable : {"HOME", "XDG_RUNTIME_DIR", "PULSE_RUNTIME_PATH", "PULSE_STATE_PATH"})
         setenv(variable, nowhere.Path().c_str(), 1);
     unsetenv("PULSE_SERVER");
-    CoInitialize(nullptr);
     {
         MKAudioDeviceManagerImpl manager;
         LogCapture log;
@@ -66,5 +63,4 @@ TEST(NoServer, NoticesStayOffAndTheManagerWorks)
         EXPECT_EQ(log.records[0].text, "Cannot initialize audio endpoint notification.");
         EXPECT_EQ(manager.GetDeviceCount(), 0);
     }
-    CoUninitialize();
 }

@@ -51,7 +51,6 @@ public:
             return;
         WriteDevices();
         s_started = Pa_Initialize() == paNoError;
-        CoInitialize(nullptr);
         // wxWidgets makes the key of its threads' storage at the first log outside of the main thread and drops it at
         // exit in reverse order. Made before the manager it outlives the notices' thread, whose 8 bytes it frees.
         std::thread([] { wxLog::IsLevelEnabled(wxLOG_Message, "audio"); }).join();

@@ -9,15 +9,24 @@ namespace qxplatform
 const std::vector<DefaultClass>& DefaultClasses()
 {
     static const std::vector<DefaultClass>* const classes = new std::vector<DefaultClass>{
-        {&CLSID_MMDeviceEnumerator, CreateMMDeviceEnumerator},
-        {&CLSID_SpObjectTokenCategory, CreateSpObjectTokenCategory},
-        {&CLSID_SpObjectToken, CreateSpObjectToken},
+        {&CLSID_MMDeviceEnumerator, CreateMMDeviceEnumerator, false},
+        {&CLSID_SpObjectTokenCategory, CreateSpObjectTokenCategory, true},
+        {&CLSID_SpObjectToken, CreateSpObjectToken, true},
 #ifndef QXSPEECH_NO_ESPEAK
-        {&CLSID_SpStream, CreateSpStream},
-        {&CLSID_SpVoice, CreateSpVoice},
+        {&CLSID_SpStream, CreateSpStream, true},
+        {&CLSID_SpVoice, CreateSpVoice, true},
 #endif
     };
     return *classes;
+}
+
+bool NeedsStart(REFCLSID clsid)
+{
+    for (const DefaultClass& known : DefaultClasses()) {
+        if (*known.clsid == clsid)
+            return known.needsStart;
+    }
+    return true;
 }
 
 } // namespace qxplatform

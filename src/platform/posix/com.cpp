@@ -127,7 +127,7 @@ HRESULT CoCreateInstance(REFCLSID clsid, LPUNKNOWN outer, DWORD, REFIID iid, LPV
     if (!object)
         return E_POINTER;
     *object = nullptr;
-    if (qxplatform::comStarts == 0)
+    if (qxplatform::comStarts == 0 && qxplatform::NeedsStart(clsid))
         return CO_E_NOTINITIALIZED;
     if (outer)
         return CLASS_E_NOAGGREGATION;

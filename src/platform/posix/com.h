@@ -26,8 +26,10 @@ void RestoreDefaultClasses();
 struct DefaultClass {
     const CLSID* clsid;
     HRESULT (*factory)(REFIID, void**);
+    bool needsStart; // CoInitialize on the thread; a host that only plays media has no way to call it here
 };
 const std::vector<DefaultClass>& DefaultClasses();
+bool NeedsStart(REFCLSID clsid);
 
 // Makes a T, asks it for an interface and lets go of the first reference. T derives from ComObject.
 template <class T, class... Args>

@@ -68,13 +68,11 @@ class DeviceNotification : public AudioDevices
 protected:
     DeviceNotification()
     {
-        CoInitialize(nullptr);
         qxplatform::control::SetClassFactory(CLSID_MMDeviceEnumerator, [this](REFIID iid, void** object) {
             EXPECT_TRUE(iid == IID_IMMDeviceEnumerator);
             return m_enumerator.QueryInterface(iid, object);
         });
     }
-    ~DeviceNotification() override { CoUninitialize(); }
 
     FakeEnumerator m_enumerator;
     qxplatform::control::Restorer m_restorer;
@@ -285,11 +283,13 @@ TEST_F(DeviceNotification, WithoutItTheManagerWorksOn)
     LogCapture log;
     refused.StartNotification();
     EXPECT_THAT(Texts(log), ElementsAre("Cannot initialize audio endpoint notification."));
-    CoUninitialize();
+    qxplatform::control::SetClassFactory(CLSID_MMDeviceEnumerator, [](REFIID, void** object) {
+        *object = nullptr;
+        return CO_E_NOTINITIALIZED;
+    });
     MKAudioDeviceManagerImpl withoutCom;
     withoutCom.StartNotification();
     EXPECT_EQ(log.records.size(), 1U);
-    CoInitialize(nullptr);
     refused.PopulateDeviceList(false);
     EXPECT_EQ(refused.GetDeviceCount(), 3);
 }
