@@ -82,6 +82,7 @@ void ExpectWholeBlocks(const std::vector<int16_t>& kept, const std::vector<int16
 void PlayTimes(std::vector<MKMediaPlayer>& players, const std::string& path, int times)
 {
     std::vector<std::thread> threads;
+    threads.reserve(players.size());
     for (MKMediaPlayer& player : players) {
         threads.emplace_back([&player, &path, times] {
             const wxLogNull quiet;
