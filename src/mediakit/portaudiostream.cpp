@@ -366,8 +366,9 @@ int64_t MKPortAudio::GetPlayTime()
     int64_t running = 0;
     if (writeStart >= 0) {
         const PaTime now = state == MKPortAudioStarted ? Pa_GetStreamTime(stream) : pauseStart;
-        // A stream that was stopped, not paused, has no time at which the write halted.
-        if (now >= 0)
+        // A stream that was stopped, not paused, has no time at which the write halted. A write may also begin in a
+        // pause: the writing thread was past its gate.
+        if (now >= writeStart)
             running = static_cast<int64_t>((now - writeStart) * 1e6 + 0.5);
         // A write that takes longer than its samples last would take the clock past what it counts in the end. After a
         // failure the clock runs on, so that a picture which follows it does not freeze.

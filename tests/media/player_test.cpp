@@ -7,11 +7,16 @@
 #include "support/wav.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
 #include <random>
 #include <thread>
+
+extern "C" {
+#include <libavutil/time.h>
+}
 
 #include <gtest/gtest.h>
 #include <portaudio.h>
@@ -75,6 +80,15 @@ protected:
         spec.framesPerSecond = framesPerSecond;
         return MakeMediaFile(dir, spec);
     }
+    // Stereo, so that nothing converts the samples: each one is the number of the hundredth of a second it lies in,
+    // beginning with 1.
+    std::string Counted(double seconds)
+    {
+        std::vector<int16_t> samples(static_cast<size_t>(2 * kRate * seconds));
+        for (size_t i = 0; i < samples.size(); ++i)
+            samples[i] = static_cast<int16_t>(1 + i / 2 / (kRate / 100));
+        return MakeWavFile(dir, "counted" + std::to_string(++files) + ".wav", kRate, 2, samples);
+    }
     bool AwaitPlayed(const MKMediaPlayer& aPlayer, double seconds)
     {
         return Await([&] { return static_cast<double>(PlayedTime(aPlayer)) >= seconds * 1e6; });
@@ -97,6 +111,59 @@ double HeardSeconds(const Sound& sound)
         seconds += stretch.to - stretch.from;
     return seconds;
 }
+
+// Which parts of a counted file were heard, one after the other, seconds. What the sink added where it had nothing for
+// a moment does not count.
+std::vector<Stretch> HeardParts(const Sound& sound)
+{
+    std::vector<Stretch> parts;
+    int last = 0;
+    for (const int16_t sample : sound.samples) {
+        if (sample == 0)
+            continue;
+        if (parts.empty() || (sample != last && sample != last + 1))
+            parts.push_back({(sample - 1) / 100.0, 0});
+        last = sample;
+        parts.back().to = last / 100.0;
+    }
+    return parts;
+}
+
+// Looks at the clock of an open player from a thread of its own.
+class ClockWatch
+{
+public:
+    explicit ClockWatch(const MKMediaPlayer& player) : m_player(player), m_thread([this] { Watch(); }) {}
+    ~ClockWatch() { Stop(); }
+
+    // The greatest step back, microseconds.
+    int64_t Stop()
+    {
+        m_done = true;
+        if (m_thread.joinable())
+            m_thread.join();
+        return m_back;
+    }
+    int64_t Looks() const { return m_looks; }
+
+private:
+    void Watch()
+    {
+        int64_t last = PlayedTime(m_player);
+        for (; !m_done; ++m_looks) {
+            const int64_t clock = PlayedTime(m_player);
+            m_back = std::max(m_back, last - clock);
+            last = clock;
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        }
+    }
+
+    const MKMediaPlayer& m_player;
+    std::atomic<bool> m_done{false};
+    std::atomic<int64_t> m_looks{0};
+    int64_t m_back = 0; // watching thread, read when it has ended
+    std::thread m_thread;
+};
 
 // One channel spread to two is 3 dB lower in each.
 double ToneRms(double level, int channels = 1)
@@ -243,6 +310,84 @@ TEST_F(Player, SeekGoesThroughTheProviderBetweenStopAndPlay)
     EXPECT_NEAR(heard.Rms(stretches[1].from + 0.1, stretches[1].to - 0.1), ToneRms(0.1), 0.05 * ToneRms(0.1));
 }
 
+// What the clock says is what was heard last, but for the latency.
+TEST_F(Player, ClockAndSoundGoWhereTheSeekWent)
+{
+    SinkRecording recording(*s_sink);
+    MKFileProvider* const provider = OpenFile(player, Counted(12));
+    ASSERT_TRUE(provider);
+    const double latency = -static_cast<double>(PlayedTime(player)) / 1e6;
+    ASSERT_GT(latency, 0);
+    const double places[] = {0, 6, 2, 9, 0};
+    std::vector<double> clocks;
+    for (const double place : places) {
+        SCOPED_TRACE(place);
+        if (!clocks.empty()) {
+            ASSERT_TRUE(provider->Seek(static_cast<int64_t>(place * 1e6)));
+        }
+        ASSERT_TRUE(player.Play());
+        ASSERT_TRUE(AwaitPlayed(player, place + 0.3));
+        ASSERT_TRUE(player.Stop());
+        clocks.push_back(static_cast<double>(PlayedTime(player)) / 1e6);
+    }
+    const std::vector<Stretch> parts = HeardParts(recording.Stop());
+    ASSERT_EQ(parts.size(), std::size(places));
+    for (size_t i = 0; i < parts.size(); ++i) {
+        SCOPED_TRACE(places[i]);
+        EXPECT_NEAR(parts[i].from, places[i], 0.15);
+        EXPECT_NEAR(clocks[i] + latency, parts[i].to, 0.011);
+    }
+}
+
+TEST_F(Player, PlayWhilePlayingOrPausedIsRefusedAndTheSoundGoesOn)
+{
+    SinkRecording recording(*s_sink);
+    ASSERT_TRUE(OpenFile(player, Counted(2)));
+    ASSERT_TRUE(player.Play());
+    ASSERT_TRUE(AwaitPlayed(player, 0.4));
+    const wxLogNull quiet;
+    ClockWatch watch(player);
+    EXPECT_FALSE(player.Play());
+    EXPECT_EQ(player.GetState(), MKTransformRunning);
+    ASSERT_TRUE(AwaitPlayed(player, 0.8));
+    ASSERT_TRUE(player.Pause());
+    EXPECT_FALSE(player.Play());
+    EXPECT_EQ(player.GetState(), MKTransformPaused);
+    EXPECT_TRUE(player.Resume());
+    ASSERT_TRUE(AwaitEnd(player));
+    EXPECT_EQ(watch.Stop(), 0) << "the clock does not begin again";
+    EXPECT_TRUE(player.Stop());
+    const std::vector<Stretch> parts = HeardParts(recording.Stop());
+    ASSERT_EQ(parts.size(), 1u);
+    EXPECT_EQ(parts[0].from, 0);
+    EXPECT_GT(parts[0].to, 2 - 0.1) << "but for a last block that is not full";
+}
+
+// The server stands still for a while, so that a write takes longer than its samples last.
+TEST_F(Player, ClockNeverGoesBackAndStandsInAPause)
+{
+    ASSERT_TRUE(OpenFile(player, Counted(4)));
+    const int64_t latency = -PlayedTime(player);
+    ASSERT_TRUE(player.Play());
+    ClockWatch watch(player);
+    ASSERT_TRUE(AwaitPlayed(player, 0.5));
+    s_sink->Freeze();
+    PassSeconds(0.5);
+    s_sink->Thaw();
+    ASSERT_TRUE(AwaitPlayed(player, 1.2));
+    ASSERT_TRUE(player.Pause());
+    MKConsumer* const display = player.GetConsumer();
+    ASSERT_TRUE(Await([&] { return PlayedTime(player) + latency == display->GetDuration(); })) << "no write under way";
+    const int64_t standing = PlayedTime(player);
+    PassSeconds(0.5);
+    EXPECT_EQ(PlayedTime(player), standing);
+    ASSERT_TRUE(player.Resume());
+    ASSERT_TRUE(AwaitPlayed(player, 2.5));
+    ASSERT_TRUE(AwaitEnd(player));
+    EXPECT_EQ(watch.Stop(), 0);
+    EXPECT_GT(watch.Looks(), 1000);
+}
+
 TEST_F(Player, TwoPlayersAreHeardAtOnce)
 {
     SinkRecording recording(*s_sink);
@@ -387,6 +532,35 @@ TEST_F(Player, AnswersFalseWhereThereIsNothingToDo)
     EXPECT_EQ(source.alive, 1) << "the one that was not used is gone";
     EXPECT_TRUE(player.Close());
     EXPECT_EQ(source.alive, 0);
+}
+
+TEST_F(Player, PictureGoesOnAtOnceWhereTheSeekWent)
+{
+    QX_REQUIRE_FFMPEG();
+    RecordingSurface surface;
+    player.SetSurface(&surface);
+    MKFileProvider* const provider = OpenFile(player, Film(9, 10));
+    ASSERT_TRUE(provider);
+    size_t seen = 0;
+    for (const double place : {0.0, 7.0, 1.0, 6.0}) {
+        SCOPED_TRACE(place);
+        if (seen > 0) {
+            ASSERT_TRUE(provider->Seek(static_cast<int64_t>(place * 1e6)));
+        }
+        const int64_t begin = av_gettime_relative();
+        ASSERT_TRUE(player.Play());
+        const size_t target = surface.Presented() + 5;
+        EXPECT_TRUE(Await([&] { return surface.Presented() >= target; }));
+        ASSERT_TRUE(player.Stop());
+        const std::vector<RecordingSurface::Shown> frames = surface.Frames();
+        ASSERT_GT(frames.size(), seen);
+        EXPECT_NEAR(static_cast<double>(frames[seen].pts) / 1e6, place, 0.3) << "the place itself is shown first";
+        const auto latest = std::max_element(frames.begin() + static_cast<std::ptrdiff_t>(seen), frames.end(),
+                                             [](const auto& one, const auto& two) { return one.due < two.due; });
+        EXPECT_LT(latest->due - begin, 3000000) << "half a second's worth of pictures";
+        seen = frames.size();
+    }
+    player.Close();
 }
 
 // Two players at once, each by its own thread, in every state at random moments; a third thread asks.

@@ -349,6 +349,88 @@ TEST_F(AudioOutput, ClockRunsDuringAWriteAndStandsInAPause)
     EXPECT_EQ(m_display.GetStreamTimeStamp(0), 70000);
 }
 
+// Writes that take less or more time than their samples last, or tell of an underflow, with pauses within and between
+// them; the clock is looked at all along.
+TEST_F(AudioOutput, ClockNeverGoesBackHoweverLongWritesTake)
+{
+    OpenAndStart();
+    double now = 100;
+    int64_t last = m_display.GetStreamTimeStamp(0);
+    const auto pass = [&](double seconds) {
+        m_audio.SetTime(now += seconds);
+        const int64_t clock = m_display.GetStreamTimeStamp(0);
+        EXPECT_GE(clock, last);
+        last = clock;
+    };
+    m_audio.onWrite = [&](int n) {
+        const double takes[] = {0.02, 0.05, 0.15, 0.4}; // of 0.05 that the samples last
+        for (int step = 0; step < 10; ++step) {
+            pass(takes[n % 4] / 10);
+            if (n % 5 != 0 || step != 3)
+                continue;
+            EXPECT_TRUE(m_display.PauseStream());
+            pass(0.3);
+            EXPECT_TRUE(m_display.ResumeStream());
+            pass(0);
+        }
+        return n % 3 == 0 ? paOutputUnderflowed : paNoError;
+    };
+    MKFrame frame;
+    for (int i = 0; i < 60; ++i) {
+        SCOPED_TRACE(i);
+        Fill(frame, 2400, i * 50000);
+        const bool beginsInPause = i % 7 == 6 && (i + 1) % 5 != 0;
+        if (beginsInPause) {
+            EXPECT_TRUE(m_display.PauseStream());
+        }
+        pass(0.01);
+        ASSERT_EQ(m_display.Write(0, &frame), 1);
+        pass(0.01);
+        if (beginsInPause) {
+            EXPECT_TRUE(m_display.ResumeStream());
+        }
+        ASSERT_EQ(last, (i + 1) * 50000 - 30000) << "what has been written is what counts";
+    }
+}
+
+TEST_F(AudioOutput, ClockRunsOnAfterAFailedWriteAndNeverAheadOfAnother)
+{
+    OpenAndStart();
+    MKFrame frame;
+    Fill(frame, 2400, 0);
+    m_audio.onWrite = [&](int n) {
+        m_audio.SetTime(101);
+        EXPECT_EQ(m_display.GetStreamTimeStamp(0), 20000) << "no more than this write's samples";
+        return n == 1 ? paInternalError : paNoError;
+    };
+    ASSERT_EQ(m_display.Write(0, &frame), -2);
+    m_audio.SetTime(102);
+    EXPECT_EQ(m_display.GetStreamTimeStamp(0), 1970000);
+    ASSERT_TRUE(m_display.StopStream());
+    m_audio.SetTime(100);
+    ASSERT_TRUE(m_display.StartStream());
+    EXPECT_EQ(m_display.Write(0, &frame), 1) << "the failure is forgotten";
+}
+
+TEST_F(AudioOutput, EachStartBeginsATimeLine)
+{
+    OpenAndStart();
+    MKFrame frame;
+    for (const int64_t pts : {int64_t{5000000}, int64_t{90000000}, int64_t{2000000}, int64_t{0}}) {
+        SCOPED_TRACE(pts);
+        EXPECT_EQ(m_display.GetStreamTimeStamp(0), -30000);
+        Fill(frame, 2400, AV_NOPTS_VALUE); // no origin yet
+        ASSERT_EQ(m_display.Write(0, &frame), 1);
+        EXPECT_EQ(m_display.GetStreamTimeStamp(0), 20000);
+        Fill(frame, 2400, pts);
+        ASSERT_EQ(m_display.Write(0, &frame), 1);
+        EXPECT_EQ(m_display.GetStreamTimeStamp(0), pts + 70000);
+        EXPECT_EQ(m_display.GetStreamDuration(0), pts + 100000);
+        ASSERT_TRUE(m_display.StopStream());
+        ASSERT_TRUE(m_display.StartStream());
+    }
+}
+
 TEST_F(AudioOutput, RateOfTheClockIsTheOneTheDeviceReports)
 {
     m_audio.reportedRate = 47999.6;

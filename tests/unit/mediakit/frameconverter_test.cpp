@@ -374,6 +374,41 @@ TEST(FrameConverterSound, WhatCannotBeConvertedIsRefused)
     EXPECT_EQ(converter.Drain(&empty, &empty), AVERROR(EINVAL));
 }
 
+// What a damaged file may claim of its sound; the resampler would divide by it.
+TEST(FrameConverterSound, ImpossibleFormatsAndRatesAreRefused)
+{
+    struct Row {
+        const char* label;
+        int format;
+        int rate;
+    };
+    const Row rows[] = {{"no format", -1, 22050},
+                        {"unknown format", AV_SAMPLE_FMT_NB, 22050},
+                        {"no rate", AV_SAMPLE_FMT_S16, 0},
+                        {"negative rate", AV_SAMPLE_FMT_S16, -8000}};
+    for (const Row& row : rows) {
+        for (const bool isSource : {true, false}) {
+            SCOPED_TRACE(std::string(row.label) + (isSource ? " of the source" : " of the destination"));
+            MKFrameConverter converter;
+            MKFrame src;
+            MKFrame dst;
+            FillSource(src, Sound(MKSampleS16, 1, 22050, 0), 0, 4096);
+            ASSERT_TRUE(dst.Allocate(Output(1024)));
+            AVFrame* const spoilt = (isSource ? src : dst).GetAVFrame();
+            const int rate = spoilt->sample_rate;
+            const int format = spoilt->format;
+            spoilt->format = row.format;
+            spoilt->sample_rate = row.rate;
+            EXPECT_EQ(converter.Convert(&src, &dst), -22);
+            EXPECT_EQ(dst.GetAVFrame()->nb_samples, 0);
+            EXPECT_EQ(converter.Drain(&src, &dst), -22);
+            spoilt->format = format;
+            spoilt->sample_rate = rate;
+            EXPECT_EQ(converter.Convert(&src, &dst), 0) << "a refusal is not the end of it";
+        }
+    }
+}
+
 // A frame of another format is not written to until the resampler was made for it.
 TEST(FrameConverterSound, DrainingIntoAnotherFormatWaitsForTheNextInput)
 {
