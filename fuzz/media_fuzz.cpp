@@ -96,8 +96,7 @@ void Play(MKFileProvider& provider)
 
 void Quiet()
 {
-    static wxLogNull* const noLog = new wxLogNull; // for the process
-    (void)noLog;
+    wxLog::EnableLogging(false);
     av_log_set_level(AV_LOG_QUIET);
 }
 

@@ -180,6 +180,7 @@ const char* const kWebText =
 Options ParseOptions(const std::vector<std::string>& arguments, bool inputIsTerminal)
 {
     std::vector<wxString> texts;
+    texts.reserve(arguments.size());
     for (const std::string& argument : arguments)
         texts.push_back(FromBytes(argument));
     wxCmdLineParser parser;

@@ -175,7 +175,8 @@ void MKPortAudio::UpdateLevel(const AVFrame& frame)
     for (size_t plane = 0; plane < planes; ++plane)
         levelSum += mkSumOfSquares(frame.extended_data[plane], isPlanar ? samples : samples * channels, frame.format);
     levelCount += static_cast<double>(channels * samples);
-    if (levelCount <= params.rateNum / params.rateDen / kLevelsPerSecond)
+    const int enough = params.rateNum / params.rateDen / kLevelsPerSecond;
+    if (levelCount <= enough)
         return;
     const double level = std::min(std::max(std::sqrt(levelSum / levelCount) / 32767, 0.0), 1.0);
     levelSum = levelCount = 0;

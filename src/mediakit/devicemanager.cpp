@@ -27,7 +27,7 @@ std::mutex& ManagerLock()
     return *lock;
 }
 
-const char* TrueOrFalse(bool value)
+wxString TrueOrFalse(bool value)
 {
     return value ? "true" : "false";
 }

@@ -142,7 +142,7 @@ PaStream* MKPortAudio::TryOpen(PaDeviceIndex device, const PaDeviceInfo& info, c
                                int32_t frames)
 {
     QX_LOG("Probing to %s audio from: %s. Channel: %d. Sample rate: %d. Pa Sample Format: %0.0f",
-           isInput ? "record" : "play", wxString::FromUTF8(info.name), candidate.channels, candidate.rate,
+           wxString(isInput ? "record" : "play"), wxString::FromUTF8(info.name), candidate.channels, candidate.rate,
            static_cast<double>(candidate.format));
     if (frames != 0)
         QX_LOG("Using fixed frame buffer may decrease performance: %d", frames);

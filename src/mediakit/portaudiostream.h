@@ -10,6 +10,7 @@
 #include <portaudio.h>
 #include <string>
 #include <vector>
+#include <wx/string.h>
 
 #include "mediakit/circularqueue.h"
 #include "mediakit/mediakit.h"
@@ -84,7 +85,7 @@ private:
     static int OnPaStream(const void* input, void* output, unsigned long frameCount,
                           const PaStreamCallbackTimeInfo* timeInfo, PaStreamCallbackFlags flags, void* self);
 
-    const char* Direction() const { return isInput ? "input" : "output"; }
+    wxString Direction() const { return isInput ? "input" : "output"; }
     PaDeviceIndex FindDevice() const;
     PaStream* Probe(PaDeviceIndex device, const PaDeviceInfo& info, const MKStreamParameters& wanted,
                     MKAudioCandidate* opened);

@@ -4,6 +4,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include "common/logging.h"
 #include "mediakit/streamtransform.h"
@@ -76,6 +77,7 @@ MKTransform::~MKTransform()
 
 bool MKTransform::Open(MKProvider* provider, MKConsumer* consumer, std::function<void(MKStreamParameters*)> filter)
 {
+    const auto chosen = std::move(filter);
     Close();
     std::lock_guard<std::mutex> hold(record->lock);
     record->Close(); // a derived class may have refused to
@@ -85,7 +87,7 @@ bool MKTransform::Open(MKProvider* provider, MKConsumer* consumer, std::function
         return false;
     const int count = provider->GetStreamCount();
     for (int i = 0; i < count; ++i) {
-        if (!record->OpenStream(static_cast<size_t>(i), filter))
+        if (!record->OpenStream(static_cast<size_t>(i), chosen))
             return false;
     }
     record->state = MKTransformReady;

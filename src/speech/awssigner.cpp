@@ -67,7 +67,8 @@ std::string Narrow(const wxString& text)
 std::string ToHex(const std::string& bytes)
 {
     std::string digits;
-    CryptoPP::StringSource(bytes, true, new CryptoPP::HexEncoder(new CryptoPP::StringSink(digits), true, 0));
+    const CryptoPP::StringSource source(bytes, true,
+                                        new CryptoPP::HexEncoder(new CryptoPP::StringSink(digits), true, 0));
     return digits;
 }
 
@@ -92,8 +93,8 @@ wxString qxSHA256Hex(const wxString& text)
     const wxScopedCharBuffer utf8 = text.utf8_str();
     std::string digest;
     CryptoPP::SHA256 hash;
-    CryptoPP::StringSource(reinterpret_cast<const CryptoPP::byte*>(utf8.data()), utf8.length(), true,
-                           new CryptoPP::HashFilter(hash, new CryptoPP::StringSink(digest)));
+    const CryptoPP::StringSource source(reinterpret_cast<const CryptoPP::byte*>(utf8.data()), utf8.length(), true,
+                                        new CryptoPP::HashFilter(hash, new CryptoPP::StringSink(digest)));
     return wxString(ToHex(digest)).Lower();
 }
 
@@ -102,7 +103,7 @@ std::string qxHMACSHA256(const std::string& key, const std::string& data, bool h
     std::string mac;
     try {
         CryptoPP::HMAC<CryptoPP::SHA256> hmac(reinterpret_cast<const CryptoPP::byte*>(key.data()), key.size());
-        CryptoPP::StringSource(data, true, new CryptoPP::HashFilter(hmac, new CryptoPP::StringSink(mac)));
+        const CryptoPP::StringSource source(data, true, new CryptoPP::HashFilter(hmac, new CryptoPP::StringSink(mac)));
     } catch (const CryptoPP::Exception& failure) {
         QX_LOG("qxHMACSHA256: %s", wxString::FromUTF8(failure.what()));
     }

@@ -127,7 +127,7 @@ bool wxTTSAzureHandler::PlayWavFile(const wxString&, bool, int, const wxString&)
     return failure.empty() || Fail(failure);
 }
 
-bool wxTTSAzureHandler::GenerateWavFile(wxString path)
+bool wxTTSAzureHandler::GenerateWavFile(const wxString& path)
 {
     qxspeech::AwaitRequest(m_record->requestTimes);
     if (!RenewTokenIfExpired())
@@ -189,7 +189,7 @@ bool wxTTSAzureHandler::Refuse(const wxString& message)
     return false;
 }
 
-wxString wxTTSAzureHandler::RequestAccessToken(wxString region, wxString key, wxLongLong_t* expiry)
+wxString wxTTSAzureHandler::RequestAccessToken(const wxString& region, const wxString& key, wxLongLong_t* expiry)
 {
     if (region.empty() || key.empty()) {
         QX_LOG("Invalid Microsoft Azure Region or Key.");

@@ -70,11 +70,11 @@ public:
 
     // Has the text of the latest Speak spoken into the file, which is opened only when the service answers with audio;
     // false may leave it cut short then.
-    bool GenerateWavFile(wxString path);
+    bool GenerateWavFile(const wxString& path);
 
     // Asks the token service. "" with the last error set, except for an answer that is no token. The expiry, set only
     // with an answer that may be one, is a tick count in milliseconds, 9 minutes from now.
-    wxString RequestAccessToken(wxString region, wxString key, wxLongLong_t* expiry);
+    wxString RequestAccessToken(const wxString& region, const wxString& key, wxLongLong_t* expiry);
     // Also if the credentials of QXTextToSpeech are no longer those that the token was made with.
     bool IsTokenExpired() const;
     // A failure drops the old token.

@@ -121,7 +121,7 @@ bool wxTTSGoogleHandler::PlayWavFile(const wxString&, bool, int, const wxString&
     return failure.empty() || Fail(failure);
 }
 
-bool wxTTSGoogleHandler::GenerateWavFile(wxString path)
+bool wxTTSGoogleHandler::GenerateWavFile(const wxString& path)
 {
     try {
         const QXTTSVoiceInfo voice = GetVoice();

@@ -61,7 +61,7 @@ public:
 
     // Has the text of the latest Speak spoken into the file, which is opened only when the service answers with audio.
     // True without a file if an answer that is well otherwise brings none.
-    bool GenerateWavFile(wxString path);
+    bool GenerateWavFile(const wxString& path);
 
     // What a refusal by this status and with this message of the service is to be told as: a translated text, or the
     // message.
