@@ -13,11 +13,6 @@ namespace dictionary
 namespace
 {
 
-[[noreturn]] void FailOn(const wxString& file, const wxString& reason)
-{
-    throw tool::Failure{tool::kExitFile, file + ": " + reason};
-}
-
 // A mark alone is an empty file.
 constexpr size_t kLongestMark = 4;
 

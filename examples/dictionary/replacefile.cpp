@@ -16,11 +16,6 @@ namespace dictionary
 namespace
 {
 
-[[noreturn]] void FailOn(const wxString& file, const wxString& reason)
-{
-    throw tool::Failure{tool::kExitFile, file + ": " + reason};
-}
-
 wxString SystemText(int error)
 {
     return wxString::FromUTF8(std::strerror(error));
@@ -70,6 +65,11 @@ std::string FolderOf(const std::string& path)
 }
 
 } // namespace
+
+void FailOn(const wxString& file, const wxString& reason)
+{
+    throw tool::Failure{tool::kExitFile, file + ": " + reason};
+}
 
 std::string ReadBytes(const wxString& file, bool mayBeMissing)
 {

@@ -10,6 +10,9 @@
 namespace dictionary
 {
 
+// Throws Failure (kExitFile).
+[[noreturn]] void FailOn(const wxString& file, const wxString& reason);
+
 // Bytes of a regular file; a missing one is empty if mayBeMissing. Throws Failure (kExitFile).
 std::string ReadBytes(const wxString& file, bool mayBeMissing);
 

@@ -23,7 +23,7 @@ namespace say
 namespace
 {
 
-constexpr int kPollMs = 50;
+constexpr int kPipePollMs = 50;
 // A pipe that polls as writable takes this much without blocking.
 constexpr size_t kPipeBytes = PIPE_BUF;
 
@@ -288,7 +288,7 @@ int OutputTarget::OpenTarget()
             return file;
         if (errno != ENXIO && errno != EINTR)
             Fail(errno);
-        poll(nullptr, 0, kPollMs); // a FIFO that nobody reads yet
+        poll(nullptr, 0, kPipePollMs); // a FIFO that nobody reads yet
     }
 }
 
@@ -302,7 +302,7 @@ void OutputTarget::CopyTo(int target)
         while (done < count) {
             pollfd entry{target, POLLOUT, 0};
             ThrowIfInterrupted();
-            if (poll(&entry, 1, kPollMs) <= 0)
+            if (poll(&entry, 1, kPipePollMs) <= 0)
                 continue;
             const ssize_t written = write(target, block + done, static_cast<size_t>(count - done));
             if (written > 0)

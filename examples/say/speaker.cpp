@@ -21,7 +21,7 @@ namespace say
 namespace
 {
 
-constexpr int kPollMs = 10;
+constexpr int kSpeechPollMs = 10;
 // The native speed from which Google Cloud's engine makes its rate of 1.0.
 constexpr int kGoogleNormalSpeed = 213;
 
@@ -86,7 +86,7 @@ public:
             Refuse();
         m_progress.Started();
         while (IsUnderWay()) {
-            Obey(m_keys.Wait(kPollMs));
+            Obey(m_keys.Wait(kSpeechPollMs));
             if (TakeHaltRequest())
                 Halt();
             if (IsInterrupted())

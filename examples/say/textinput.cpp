@@ -18,7 +18,7 @@ namespace say
 namespace
 {
 
-constexpr int kPollMs = 100;
+constexpr int kInputPollMs = 100;
 constexpr size_t kReadBytes = 65536;
 
 struct ByteOrderMark {
@@ -112,7 +112,7 @@ private:
         pollfd entry{m_file, POLLIN, 0};
         do {
             ThrowIfInterrupted();
-        } while (poll(&entry, 1, kPollMs) <= 0); // a signal counts as no input
+        } while (poll(&entry, 1, kInputPollMs) <= 0); // a signal counts as no input
     }
 
     [[noreturn]] void Fail(int error) const { throw Failure{kExitFile, m_name + ": " + SystemText(error)}; }

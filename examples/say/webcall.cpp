@@ -17,7 +17,7 @@ namespace say
 namespace
 {
 
-constexpr int kPollMs = 10;
+constexpr int kStopPollMs = 10;
 constexpr std::chrono::seconds kPatience(1);
 
 // Owned by the caller of the worker, which joins it.
@@ -74,8 +74,8 @@ private:
 void Pause(tool::TerminalKeys* keys)
 {
     if (!keys)
-        poll(nullptr, 0, kPollMs);
-    else if (keys->Wait(kPollMs) == 'q')
+        poll(nullptr, 0, kStopPollMs);
+    else if (keys->Wait(kStopPollMs) == 'q')
         RequestEnd();
     if (keys && TakeHaltRequest()) {
         keys->Leave();

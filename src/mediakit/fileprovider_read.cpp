@@ -12,10 +12,7 @@ extern "C" {
 namespace
 {
 
-const int64_t kSecond = 1000000; // microseconds
-
 const int kEndOfStream = -1;
-const int kNoSuchStream = -2;
 
 // Packets of streams that nobody opened which one Read skips at most before it lets others have the lock.
 const int kMostSkippedPackets = 500;

@@ -16,10 +16,6 @@ extern "C" {
 namespace
 {
 
-const AVRational kMicroseconds = {1, 1000000};
-const int64_t kSecond = 1000000;
-const int64_t kNoSuchStream = -2;
-
 MKMediaType MediaType(AVMediaType type)
 {
     switch (type) {

@@ -17,8 +17,6 @@ extern "C" {
 namespace
 {
 
-const AVRational kMicroseconds = {1, 1000000};
-const int64_t kSecond = 1000000;
 const unsigned kMostDecoderThreads = 16;
 
 // A single picture would stay in threads that wait for the next ones.

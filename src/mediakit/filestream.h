@@ -9,6 +9,10 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
+// The unit of the kit's times.
+constexpr AVRational kMicroseconds = {1, 1000000};
+constexpr int64_t kSecond = 1000000;
+
 struct ID3D11Device;
 struct ID3D11DeviceContext;
 

@@ -6,6 +6,9 @@
 
 #include "mediakit/mediakit.h"
 
+// What a node answers for the times of a stream that it does not have, and a read of it.
+constexpr int kNoSuchStream = -2;
+
 // Owned by the public node. The operations mean what they mean there.
 class MKNodeImpl
 {

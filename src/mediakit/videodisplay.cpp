@@ -17,7 +17,6 @@ extern "C" {
 namespace
 {
 
-constexpr int64_t kNoSuchStream = -2;
 constexpr int32_t kTicksPerSecond = 1000000;
 
 } // namespace
@@ -224,7 +223,7 @@ int MKVideoDisplayImpl::Write(size_t index, MKFrame* frame)
 {
     if (index != 0) {
         QX_LOG("Could not write to video surface, invalid index");
-        return static_cast<int>(kNoSuchStream);
+        return kNoSuchStream;
     }
     std::unique_lock<std::mutex> hold(lock);
     mkVideoSchedule(pacing, frame->GetTimeStamp(), av_gettime_relative(), clock ? clock->GetTime() : AV_NOPTS_VALUE);

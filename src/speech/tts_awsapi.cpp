@@ -23,7 +23,7 @@ using qxspeech::CloudResponse;
 namespace
 {
 
-const char kHandlerId[] = "Amazon Polly";
+const char kPollyId[] = "Amazon Polly";
 const char kContentType[] = "application/json";
 constexpr int kMinRate = 0;
 constexpr int kMaxRate = 9;
@@ -116,7 +116,7 @@ wxString TextMember(const wxJSONMap& members, const wxString& key)
 QXTTSVoiceInfo DescribeVoice(const wxJSONMap& members, const wxString& engine)
 {
     QXTTSVoiceInfo voice;
-    voice.SetHandlerId(kHandlerId);
+    voice.SetHandlerId(kPollyId);
     voice.SetId(TextMember(members, "Id"));
     voice.SetName(wxString::Format("%s - %s - %s", TextMember(members, "Name"), TextMember(members, "LanguageName"),
                                    engine.Capitalize()));
@@ -146,7 +146,7 @@ void AppendVoice(const wxJSONValue& voice, std::vector<QXTTSVoiceInfo>& voices)
 
 } // namespace
 
-wxTTSAWSHandler::wxTTSAWSHandler() : wxTTSHandler(kHandlerId, wxGetTranslation(kHandlerId)), m_player(nullptr)
+wxTTSAWSHandler::wxTTSAWSHandler() : wxTTSHandler(kPollyId, wxGetTranslation(kPollyId)), m_player(nullptr)
 {
     CreateCommonProperties();
     m_player = new MKMediaPlayer;

@@ -26,7 +26,7 @@ using qxspeech::CloudResponse;
 namespace
 {
 
-const char kHandlerId[] = "Microsoft Azure";
+const char kAzureId[] = "Microsoft Azure";
 constexpr std::uint32_t kTokenLifetimeMs = 540000;
 const char kNotAuthorized[] = "The request is not authorized. Check to make sure your subscription key or token is "
                               "valid and in the correct region.";
@@ -51,10 +51,10 @@ wxString ReadToken(CloudResponse& response)
     return text.empty() && response.IsOk() && IsLabelledToken(response) ? response.ReadText(true) : text;
 }
 
-QXTTSVoiceInfo ReadVoice(const wxJSONValue& element)
+QXTTSVoiceInfo ReadAzureVoice(const wxJSONValue& element)
 {
     QXTTSVoiceInfo voice;
-    voice.SetHandlerId(kHandlerId);
+    voice.SetHandlerId(kAzureId);
     voice.SetId(qxspeech::MemberText(element, "ShortName"));
     voice.SetName(voice.GetId());
     voice.SetLangCode(qxspeech::MemberText(element, "Locale"));
@@ -82,7 +82,7 @@ struct wxTTSAzureHandler::Record {
     wxString tokenRegion;
 };
 
-wxTTSAzureHandler::wxTTSAzureHandler() : wxTTSHandler(kHandlerId, _("Microsoft Azure"))
+wxTTSAzureHandler::wxTTSAzureHandler() : wxTTSHandler(kAzureId, _("Microsoft Azure"))
 {
     CreateCommonProperties();
     m_record = new Record;
@@ -278,7 +278,7 @@ void wxTTSAzureHandler::TakeVoices(const wxString& body, std::vector<QXTTSVoiceI
     wxJSONDocument document;
     if (!document.Parse(body).IsArray())
         return;
-    m_record->voices = qxspeech::ReadVoices(document, ReadVoice);
+    m_record->voices = qxspeech::ReadVoices(document, ReadAzureVoice);
     voices.insert(voices.end(), m_record->voices.begin(), m_record->voices.end());
 }
 

@@ -27,7 +27,7 @@ using qxspeech::CloudResponse;
 namespace
 {
 
-const char kHandlerId[] = "Google Cloud";
+const char kGoogleId[] = "Google Cloud";
 const char kHost[] = "https://texttospeech.googleapis.com";
 
 CloudRequest SynthesisRequest(const wxString& key, const std::string& body)
@@ -49,10 +49,10 @@ void WriteFile(const wxString& path, const wxMemoryBuffer& bytes)
         throw std::system_error(static_cast<int>(wxSysErrorCode()), std::generic_category());
 }
 
-QXTTSVoiceInfo ReadVoice(const wxJSONValue& element)
+QXTTSVoiceInfo ReadGoogleVoice(const wxJSONValue& element)
 {
     QXTTSVoiceInfo voice;
-    voice.SetHandlerId(kHandlerId);
+    voice.SetHandlerId(kGoogleId);
     voice.SetId(qxspeech::MemberText(element, "name"));
     voice.SetName(voice.GetId());
     voice.SetGender(qxspeech::MemberText(element, "ssmlGender"));
@@ -76,7 +76,7 @@ struct wxTTSGoogleHandler::Record {
     std::vector<QXTTSVoiceInfo> voices; // in the service's order
 };
 
-wxTTSGoogleHandler::wxTTSGoogleHandler() : wxTTSHandler(kHandlerId, _("Google Cloud"))
+wxTTSGoogleHandler::wxTTSGoogleHandler() : wxTTSHandler(kGoogleId, _("Google Cloud"))
 {
     CreateCommonProperties(100, wxTTS_QUANTITY_NATIVE);
     m_record = new Record;
@@ -220,7 +220,7 @@ void wxTTSGoogleHandler::TakeVoices(const wxString& body, std::vector<QXTTSVoice
     const wxJSONValue answer = wxJSONDocument().Parse(body);
     if (!answer.IsValid())
         return;
-    m_record->voices = qxspeech::ReadVoices(qxspeech::Member(answer, "voices"), ReadVoice);
+    m_record->voices = qxspeech::ReadVoices(qxspeech::Member(answer, "voices"), ReadGoogleVoice);
     voices.insert(voices.end(), m_record->voices.begin(), m_record->voices.end());
 }
 

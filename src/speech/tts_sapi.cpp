@@ -14,7 +14,7 @@ wxIMPLEMENT_DYNAMIC_CLASS(wxTTSSapiHandler, wxTTSHandler);
 namespace
 {
 
-const char kHandlerId[] = "Microsoft SAPI";
+const char kSapiId[] = "Microsoft SAPI";
 const char kWebSite[] = "https://learn.microsoft.com/en-us/previous-versions/windows/desktop/ms723627(v=vs.85)";
 const WCHAR kVoicesPath[] = L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Speech\\Voices";
 constexpr ULONG kPollMs = 10;
@@ -133,7 +133,7 @@ void wxTTSSapiHandler::Engine::TakeEvents()
     }
 }
 
-wxTTSSapiHandler::wxTTSSapiHandler() : wxTTSHandler(kHandlerId, _("Microsoft SAPI")), m_engine(new Engine)
+wxTTSSapiHandler::wxTTSSapiHandler() : wxTTSHandler(kSapiId, _("Microsoft SAPI")), m_engine(new Engine)
 {
     CreateCommonProperties(50, wxTTS_QUANTITY_PERCENT, kWebSite);
 }
@@ -421,7 +421,7 @@ bool wxTTSSapiHandler::HasCapability(wxTTSCapability capability) const
 QXTTSVoiceInfo wxTTSSapiHandler::DescribeVoice(const wxString& name, const wxString& language) const
 {
     QXTTSVoiceInfo voice;
-    voice.SetHandlerId(kHandlerId);
+    voice.SetHandlerId(kSapiId);
     voice.SetId(name);
     voice.SetName(name);
     voice.SetLangCode(language);
