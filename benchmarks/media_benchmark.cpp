@@ -52,9 +52,9 @@ public:
     int GetBufferSize(size_t) override { return queueSize; }
     int Write(size_t, MKFrame*) override
     {
-        const uint64_t count = ++frames;
-        if (count == 1)
+        if (frames == 0)
             firstFrame = Clock::now();
+        const uint64_t count = ++frames;
         if (count == 100)
             allocationsAt100 = AllocationCount();
         if (count > 100)
@@ -206,10 +206,26 @@ void DirectToFirstBlock(benchmark::State& state, const char* kind)
 QX_FOR_KINDS(Chain);
 QX_FOR_KINDS(DirectLoop);
 QX_FOR_KINDS(FfmpegCommand);
-BENCHMARK_CAPTURE(OpenToFirstFrame, mp3, "mp3")->Arg(5)->Unit(benchmark::kMicrosecond)->UseManualTime();
-BENCHMARK_CAPTURE(DirectToFirstBlock, mp3, "mp3")->Arg(5)->Unit(benchmark::kMicrosecond)->UseManualTime();
-BENCHMARK_CAPTURE(OpenToFirstFrame, wav, "wav")->Arg(5)->Unit(benchmark::kMicrosecond)->UseManualTime();
-BENCHMARK_CAPTURE(DirectToFirstBlock, wav, "wav")->Arg(5)->Unit(benchmark::kMicrosecond)->UseManualTime();
+BENCHMARK_CAPTURE(OpenToFirstFrame, mp3, "mp3")
+    ->Arg(5)
+    ->Iterations(100)
+    ->Unit(benchmark::kMicrosecond)
+    ->UseManualTime();
+BENCHMARK_CAPTURE(DirectToFirstBlock, mp3, "mp3")
+    ->Arg(5)
+    ->Iterations(100)
+    ->Unit(benchmark::kMicrosecond)
+    ->UseManualTime();
+BENCHMARK_CAPTURE(OpenToFirstFrame, wav, "wav")
+    ->Arg(5)
+    ->Iterations(100)
+    ->Unit(benchmark::kMicrosecond)
+    ->UseManualTime();
+BENCHMARK_CAPTURE(DirectToFirstBlock, wav, "wav")
+    ->Arg(5)
+    ->Iterations(100)
+    ->Unit(benchmark::kMicrosecond)
+    ->UseManualTime();
 
 } // namespace
 

@@ -18,6 +18,7 @@ extern "C" {
 }
 
 #include "childrun.h"
+#include "listener.h"
 #include "mediakit/fileprovider.h"
 #include "mediakit/mediaplayer.h"
 #include "support/pulse_sink.h"
@@ -26,81 +27,12 @@ extern "C" {
 namespace
 {
 
-using Clock = std::chrono::steady_clock;
+using Clock = Listener::Clock;
 
 std::string g_wav; // 2 s of a full tone
 std::string g_mp3;
 std::string g_minute; // 60 s of it
 PulseSink* g_sink = nullptr;
-
-// Listens to the sink's monitor in short pieces and notes when the first sound comes.
-class Listener
-{
-public:
-    Listener()
-    {
-        int ends[2];
-        if (pipe2(ends, O_CLOEXEC) != 0)
-            std::abort();
-        m_recorder = vfork();
-        if (m_recorder == 0) {
-            dup2(ends[1], 1);
-            const std::string server = g_sink->Socket();
-            execlp("parec", "parec", "-s", server.c_str(), "-d", "testsink.monitor", "--raw", "--format=s16le",
-                   "--rate=48000", "--channels=2", "--latency-msec=5", nullptr);
-            _exit(127);
-        }
-        close(ends[1]);
-        m_input = ends[0];
-        m_thread = std::thread(&Listener::Run, this);
-        while (!m_running)
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    ~Listener()
-    {
-        kill(m_recorder, SIGTERM);
-        waitpid(m_recorder, nullptr, 0);
-        m_thread.join();
-        close(m_input);
-    }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-
-    bool Heard() const { return m_heard; }
-    Clock::time_point FirstSound() const { return m_first; } // once Heard
-    void Forget() { m_heard = false; }
-
-private:
-    void Run()
-    {
-        int16_t samples[480];
-        for (ssize_t got; (got = read(m_input, samples, sizeof samples)) > 0;) {
-            m_running = true;
-            for (ssize_t i = 0; !m_heard && i < got / 2; ++i) {
-                if (std::abs(samples[i]) > 1000) {
-                    m_first = Clock::now();
-                    m_heard = true;
-                }
-            }
-        }
-        m_running = true; // the server has gone; nobody waits for ever
-    }
-
-    pid_t m_recorder = -1;
-    int m_input = -1;
-    std::thread m_thread;
-    std::atomic<bool> m_running{false};
-    std::atomic<bool> m_heard{false};
-    Clock::time_point m_first;
-};
-
-bool AwaitSound(const Listener& listener)
-{
-    const Clock::time_point limit = Clock::now() + std::chrono::seconds(5);
-    while (!listener.Heard() && Clock::now() < limit)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    return listener.Heard();
-}
 
 void LetTheSinkFallSilent()
 {
@@ -110,14 +42,14 @@ void LetTheSinkFallSilent()
 void PlayToFirstSound(benchmark::State& state, const std::string& file)
 {
     Pa_Initialize();
-    Listener listener;
+    Listener listener(*g_sink);
     for (auto _ : state) {
         MKMediaPlayer player;
         MKFileProvider* const provider = new MKFileProvider(file);
         listener.Forget();
         const Clock::time_point begin = Clock::now();
         player.SetProvider(provider);
-        if (!player.OpenMedia() || !player.Play() || !AwaitSound(listener)) {
+        if (!player.OpenMedia() || !player.Play() || !listener.AwaitSound()) {
             state.SkipWithError("nothing was heard");
             break;
         }
@@ -130,12 +62,12 @@ void PlayToFirstSound(benchmark::State& state, const std::string& file)
 
 void ProgramToFirstSound(benchmark::State& state, const std::vector<std::string>& command)
 {
-    Listener listener;
+    Listener listener(*g_sink);
     for (auto _ : state) {
         listener.Forget();
         const Clock::time_point begin = Clock::now();
         const pid_t child = StartProgram(command);
-        if (!AwaitSound(listener)) {
+        if (!listener.AwaitSound()) {
             state.SkipWithError("nothing was heard");
             break;
         }

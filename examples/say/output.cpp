@@ -16,6 +16,7 @@
 #include "../common/interrupt.h"
 #include "console.h"
 #include "exitstatus.h"
+#include "leftovers.h"
 #include "temporaryfiles.h"
 
 namespace say
@@ -188,13 +189,15 @@ void OutputTarget::ChooseWayToExisting(const std::string& path)
 
 bool OutputTarget::MakeTemporaryFile(const std::string& folder, mode_t mode)
 {
+    RemoveLeftovers(folder);
     const std::string pattern =
-        folder + (m_content == Content::kText ? "/.qxspeech-XXXXXX.txt" : "/.qxspeech-XXXXXX.wav");
+        folder + "/" + kTemporaryPrefix + (m_content == Content::kText ? "XXXXXX.txt" : "XXXXXX.wav");
     std::vector<char> name(pattern.c_str(), pattern.c_str() + pattern.size() + 1);
     const File file(mkostemps(name.data(), 4, O_CLOEXEC));
     if (file < 0)
         return false;
     m_temporary = name.data();
+    m_lock = HoldLock(m_temporary);
     RegisterTemporaryFile(m_temporary);
     // A file system without modes is no reason to refuse.
     [[maybe_unused]] const int changed = fchmod(file, mode);
@@ -267,6 +270,7 @@ void OutputTarget::Rename()
         Fail(errno);
     ForgetTemporaryFile(m_temporary);
     m_temporary.clear();
+    ReleaseLock();
 }
 
 void OutputTarget::CopyToTarget()
@@ -327,6 +331,14 @@ void OutputTarget::DropTemporaryFile()
     unlink(m_temporary.c_str());
     ForgetTemporaryFile(m_temporary);
     m_temporary.clear();
+    ReleaseLock();
+}
+
+void OutputTarget::ReleaseLock()
+{
+    if (m_lock >= 0)
+        close(m_lock);
+    m_lock = -1;
 }
 
 } // namespace say

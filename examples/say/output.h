@@ -56,10 +56,12 @@ private:
     void WarnOfExtension() const;
     [[noreturn]] void Fail(int error) const;
     void DropTemporaryFile();
+    void ReleaseLock();
 
     wxString m_name; // of the target, for messages
     std::string m_target;
     std::string m_temporary;
+    int m_lock = -1; // on the temporary file
     const Content m_content;
     Way m_way = Way::kRename;
 };

@@ -11,6 +11,7 @@
 #include "../common/interrupt.h"
 #include "console.h"
 #include "exitstatus.h"
+#include "leftovers.h"
 #include "speech/tts.h"
 
 namespace say
@@ -19,6 +20,7 @@ namespace
 {
 
 std::vector<std::string> g_paths;
+std::vector<int> g_locks; // on these files
 wxString g_libraryError;
 
 [[noreturn]] void Fail(int error)
@@ -30,13 +32,14 @@ wxString g_libraryError;
 // An open descriptor; the path is the last of the list. Throws Failure.
 int Open(const std::string& prefix)
 {
-    std::string name = TemporaryFolder() + "/qxspeech-" + prefix + "-XXXXXX";
+    std::string name = TemporaryFolder() + "/" + kTemporaryPrefix + prefix + "-XXXXXX";
     if (wxString::FromUTF8(name.c_str()).empty())
         Fail(EILSEQ); // the library takes paths as Unicode text
     const int file = mkostemp(&name[0], O_CLOEXEC);
     if (file < 0)
         Fail(errno);
     g_paths.push_back(name);
+    g_locks.push_back(HoldLock(name));
     RegisterTemporaryFile(name);
     return file;
 }
@@ -67,6 +70,7 @@ std::string TemporaryFolder()
 
 TemporaryFiles::TemporaryFiles()
 {
+    RemoveLeftovers(TemporaryFolder());
     QXTextToSpeech::SetTempFileFunction(&MakeForLibrary);
 }
 
@@ -79,6 +83,11 @@ TemporaryFiles::~TemporaryFiles()
         ForgetTemporaryFile(path);
     }
     g_paths.clear();
+    for (const int lock : g_locks) {
+        if (lock >= 0)
+            close(lock);
+    }
+    g_locks.clear();
 }
 
 wxString TemporaryFiles::Make()

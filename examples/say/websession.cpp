@@ -2,17 +2,11 @@
 #include "websession.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <system_error>
 
 #include "core/qxtempfile.h"
 #include "exitstatus.h"
 #include "proxychoice.h"
 #include "speech/tts_sapi.h"
-#include "temporaryfiles.h"
 #include "webcall.h"
 
 namespace say
@@ -55,9 +49,8 @@ WebSession::~WebSession()
 {
     QXTextToSpeech::SetProxySettings(nullptr);
     QXTextToSpeech::SetAuthInfo(QXTTSAuthInfo());
-    if (!m_audioFolder.empty())
+    if (!m_audioFolder.Path().empty())
         QXSingleton<QXTempFileMan>::DestroyInstance(); // it holds files there
-    RemoveAudioFolder();
 }
 
 void WebSession::Use(wxTextToSpeech& engine)
@@ -89,8 +82,10 @@ bool WebSession::GetAllVoices(std::vector<QXTTSVoiceInfo>& voices)
 
 bool WebSession::Speak(const wxString& text, const OutputTarget* output, tool::TerminalKeys& keys)
 {
-    if (!output)
-        MakeAudioFolder();
+    if (!output && m_audioFolder.Path().empty()) {
+        m_audioFolder.Make();
+        QXSingleton<QXTempFileMan>::Get()->SetTempDir(wxString::FromUTF8(m_audioFolder.Path().c_str()));
+    }
     const wxTTSHandler* const handler = m_engine->GetCurrentHandler();
     const wxString file = output ? output->SpeechFile() : wxString();
     const RequestTimes before = FromList(handler->GetPrevRequestTime());
@@ -102,7 +97,7 @@ bool WebSession::Speak(const wxString& text, const OutputTarget* output, tool::T
     waiting.onAbandon = [&] {
         if (IsTokenNeeded() && NowMs() >= freeMs)
             StoreRequests({}, {freeMs});
-        RemoveAudioFolder();
+        m_audioFolder.Remove();
     };
     waiting.keys = &keys;
     waiting.showsWithoutTerminal = m_showsWithoutTerminal;
@@ -119,24 +114,6 @@ wxString WebSession::SpeakingStage(std::int64_t freeMs, const OutputTarget* outp
     if (output && output->SpeechBytes() > 0)
         return "receiving the speech from " + m_engineId;
     return "waiting for the synthesis by " + m_engineId;
-}
-
-// In a folder of its own, the audio can be removed even while the library still writes it.
-void WebSession::MakeAudioFolder()
-{
-    std::string name = TemporaryFolder() + "/qxspeech-audio-XXXXXX";
-    if (!mkdtemp(&name[0]))
-        throw Failure{kExitFile,
-                      wxString::FromUTF8(TemporaryFolder().c_str()) + ": " + wxString::FromUTF8(std::strerror(errno))};
-    m_audioFolder = name;
-    QXSingleton<QXTempFileMan>::Get()->SetTempDir(wxString::FromUTF8(name.c_str()));
-}
-
-void WebSession::RemoveAudioFolder() const
-{
-    std::error_code ignored;
-    if (!m_audioFolder.empty())
-        std::filesystem::remove_all(m_audioFolder, ignored);
 }
 
 } // namespace say

@@ -8,6 +8,7 @@
 #include <wx/string.h>
 
 #include "account.h"
+#include "audiofolder.h"
 #include "core/qxproxysettings.h"
 #include "options.h"
 #include "output.h"
@@ -52,13 +53,11 @@ public:
 
 private:
     wxString SpeakingStage(std::int64_t freeMs, const OutputTarget* output) const;
-    void MakeAudioFolder();
-    void RemoveAudioFolder() const;
 
     const AccountValues m_account;
     const bool m_showsWithoutTerminal;
     QXProxySettings m_proxy;
-    std::string m_audioFolder;          // empty: none
+    AudioFolder m_audioFolder;          // for playing
     wxTextToSpeech* m_engine = nullptr; // not owned
     wxString m_engineId;                // copied, as the engine is the worker's during a call
     bool m_isWeb = false;

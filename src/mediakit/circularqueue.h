@@ -57,6 +57,7 @@ public:
             return;
         writeIndex = Next(writeIndex);
         ++count;
+        hold.unlock(); // or who is woken would wait for the lock next
         changed.notify_all();
     }
     // Waits for a filled slot; on a closed queue at once, whatever the slot holds. Null only from a queue without
@@ -75,6 +76,7 @@ public:
             return;
         readIndex = Next(readIndex);
         --count;
+        hold.unlock();
         changed.notify_all();
     }
     void Close()

@@ -250,6 +250,7 @@ void MKStreamTransformImpl::WriteLoop()
             Fail();
             break;
         }
+        frame->Unref(); // its memory serves the next frame, rather than one a whole round later
         queue->CommitRead();
     }
     Leave();

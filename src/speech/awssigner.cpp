@@ -2,20 +2,19 @@
 #include "speech/awssigner.h"
 
 #include <cpprest/base_uri.h>
-#include <crypto++/filters.h>
-#include <crypto++/hex.h>
 #include <crypto++/hmac.h>
 #include <crypto++/sha.h>
-#include <wx/datetime.h>
+#include <cstdint>
 #include <wx/strconv.h>
+#include <wx/time.h>
 
 #include "common/logging.h"
 
 namespace
 {
 
-const char kAlgorithm[] = "AWS4-HMAC-SHA256";
-const char kScopeEnd[] = "aws4_request";
+const wchar_t kAlgorithm[] = L"AWS4-HMAC-SHA256";
+const wchar_t kScopeEnd[] = L"aws4_request";
 
 std::time_t SystemTime()
 {
@@ -26,51 +25,92 @@ std::time_t (*signingClock)() = SystemTime;
 
 void SetDates(AWSRequestInfo& info)
 {
-    const wxDateTime now(signingClock());
-    info.dateStamp = now.Format("%Y%m%d", wxDateTime::UTC);
-    info.amzDate = now.Format("%Y%m%dT%H%M%SZ", wxDateTime::UTC);
+    const std::time_t now = signingClock();
+    std::tm utc = {};
+    wxGmtime_r(&now, &utc);
+    char text[32];
+    const size_t length = std::strftime(text, sizeof text, "%Y%m%dT%H%M%SZ", &utc);
+    info.amzDate = wxString::FromAscii(text, length);
+    info.dateStamp = info.amzDate.Left(8);
 }
 
 bool IsPost(const AWSRequestInfo& info)
 {
-    return info.method == "POST";
+    return info.method == L"POST";
 }
 
 wxString Domain(const wxString& region)
 {
-    return region == "cn-northwest-1" ? "amazonaws.com.cn" : "amazonaws.com";
+    return region == L"cn-northwest-1" ? L"amazonaws.com.cn" : L"amazonaws.com";
 }
 
 wxString SignedHeaders(const AWSRequestInfo& info)
 {
-    return IsPost(info) ? "content-type;host;x-amz-content-sha256;x-amz-date" : "host;x-amz-date";
+    return IsPost(info) ? L"content-type;host;x-amz-content-sha256;x-amz-date" : L"host;x-amz-date";
 }
 
 wxString CanonicalHeaders(const AWSRequestInfo& info, const wxString& payloadHash)
 {
     wxString headers;
     if (IsPost(info))
-        headers += "content-type:" + info.contentType + "\n";
-    headers += wxString::Format("host:%s.%s.%s\n", info.service, info.region, Domain(info.region));
+        headers << L"content-type:" << info.contentType << L"\n";
+    headers << L"host:" << info.service << L"." << info.region << L"." << Domain(info.region) << L"\n";
     if (IsPost(info))
-        headers += "x-amz-content-sha256:" + payloadHash + "\n";
-    return headers + "x-amz-date:" + info.amzDate + "\n";
+        headers << L"x-amz-content-sha256:" << payloadHash << L"\n";
+    headers << L"x-amz-date:" << info.amzDate << L"\n";
+    return headers;
 }
 
-// Keys, dates and regions are ASCII, which every locale has.
+wxString Scope(const AWSRequestInfo& info)
+{
+    wxString scope;
+    scope << info.dateStamp << L"/" << info.region << L"/" << info.service << L"/" << kScopeEnd;
+    return scope;
+}
+
+// Nearly everything that is signed is ASCII, which needs no conversion.
+template <class Convert>
+std::string Bytes(const wxString& text, Convert convert)
+{
+    std::string ascii(text.length(), '\0');
+    const wchar_t* const characters = text.wc_str();
+    for (size_t i = 0; i < ascii.size(); ++i) {
+        const wchar_t character = characters[i];
+        if (static_cast<std::uint32_t>(character) > 0x7f) {
+            const wxScopedCharBuffer bytes = convert(text);
+            return std::string(bytes.data(), bytes.length());
+        }
+        ascii[i] = static_cast<char>(character);
+    }
+    return ascii;
+}
+
+std::string Utf8(const wxString& text)
+{
+    return Bytes(text, [](const wxString& other) { return other.utf8_str(); });
+}
+
 std::string Narrow(const wxString& text)
 {
-    const wxScopedCharBuffer bytes = text.mb_str(wxConvLibc);
-    return std::string(bytes.data(), bytes.length());
+    return Bytes(text, [](const wxString& other) { return other.mb_str(wxConvLibc); });
 }
 
-std::string ToHex(const std::string& bytes)
+const CryptoPP::byte* Data(const std::string& bytes)
 {
-    std::string digits;
-    const CryptoPP::StringSource source(bytes, true,
-                                        new CryptoPP::HexEncoder(new CryptoPP::StringSink(digits), true, 0));
-    return digits;
+    return reinterpret_cast<const CryptoPP::byte*>(bytes.data());
 }
+
+std::string ToHex(const std::string& bytes, const char* digits)
+{
+    std::string text;
+    text.reserve(2 * bytes.size());
+    for (const unsigned char byte : bytes)
+        (text += digits[byte >> 4]) += digits[byte & 15];
+    return text;
+}
+
+const char kUpperDigits[] = "0123456789ABCDEF";
+const char kLowerDigits[] = "0123456789abcdef";
 
 } // namespace
 
@@ -90,24 +130,25 @@ wxString CreateRequestUrl(const AWSRequestInfo& info)
 
 wxString qxSHA256Hex(const wxString& text)
 {
-    const wxScopedCharBuffer utf8 = text.utf8_str();
-    std::string digest;
-    CryptoPP::SHA256 hash;
-    const CryptoPP::StringSource source(reinterpret_cast<const CryptoPP::byte*>(utf8.data()), utf8.length(), true,
-                                        new CryptoPP::HashFilter(hash, new CryptoPP::StringSink(digest)));
-    return wxString(ToHex(digest)).Lower();
+    const std::string utf8 = Utf8(text);
+    std::string digest(CryptoPP::SHA256::DIGESTSIZE, '\0');
+    CryptoPP::SHA256().CalculateDigest(reinterpret_cast<CryptoPP::byte*>(&digest[0]), Data(utf8), utf8.size());
+    const std::string hex = ToHex(digest, kLowerDigits);
+    return wxString::FromAscii(hex.data(), hex.size());
 }
 
 std::string qxHMACSHA256(const std::string& key, const std::string& data, bool hex)
 {
     std::string mac;
     try {
-        CryptoPP::HMAC<CryptoPP::SHA256> hmac(reinterpret_cast<const CryptoPP::byte*>(key.data()), key.size());
-        const CryptoPP::StringSource source(data, true, new CryptoPP::HashFilter(hmac, new CryptoPP::StringSink(mac)));
+        CryptoPP::HMAC<CryptoPP::SHA256> hmac(Data(key), key.size());
+        std::string digest(CryptoPP::SHA256::DIGESTSIZE, '\0');
+        hmac.CalculateDigest(reinterpret_cast<CryptoPP::byte*>(&digest[0]), Data(data), data.size());
+        mac = std::move(digest);
     } catch (const CryptoPP::Exception& failure) {
         QX_LOG("qxHMACSHA256: %s", wxString::FromUTF8(failure.what()));
     }
-    return hex ? ToHex(mac) : mac;
+    return hex ? ToHex(mac, kUpperDigits) : mac;
 }
 
 std::string CreateSigningKey(const wxString& secretKey, const wxString& dateStamp, const wxString& region,
@@ -116,15 +157,17 @@ std::string CreateSigningKey(const wxString& secretKey, const wxString& dateStam
     std::string key = qxHMACSHA256("AWS4" + Narrow(secretKey), Narrow(dateStamp), false);
     key = qxHMACSHA256(key, Narrow(region), false);
     key = qxHMACSHA256(key, Narrow(service), false);
-    return qxHMACSHA256(key, kScopeEnd, false);
+    return qxHMACSHA256(key, Narrow(kScopeEnd), false);
 }
 
 wxString FormatAuthorization(const wxString& algorithm, const wxString& accessKey, const wxString& dateStamp,
                              const wxString& region, const wxString& service, const wxString& signedHeaders,
                              const wxString& signature)
 {
-    return wxString::Format("%s Credential=%s/%s/%s/%s/aws4_request, SignedHeaders=%s, Signature=%s", algorithm,
-                            accessKey, dateStamp, region, service, signedHeaders, signature);
+    wxString value = algorithm;
+    value << L" Credential=" << accessKey << L"/" << dateStamp << L"/" << region << L"/" << service << L"/" << kScopeEnd
+          << L", SignedHeaders=" << signedHeaders << L", Signature=" << signature;
+    return value;
 }
 
 namespace qxspeech
@@ -141,15 +184,21 @@ wxString CreateAuthorization(AWSRequestInfo& info, const wxString& payloadHash)
 
 wxString CreateCanonicalRequest(const AWSRequestInfo& info, const wxString& payloadHash)
 {
-    return info.method + "\n" + info.canonicalUri + "\n" + info.canonicalQuery + "\n" +
-           CanonicalHeaders(info, payloadHash) + "\n" + SignedHeaders(info) + "\n" + payloadHash;
+    wxString request = info.method;
+    request << L"\n"
+            << info.canonicalUri << L"\n"
+            << info.canonicalQuery << L"\n"
+            << CanonicalHeaders(info, payloadHash);
+    request << L"\n" << SignedHeaders(info) << L"\n" << payloadHash;
+    return request;
 }
 
 wxString CreateStringToSign(const AWSRequestInfo& info, const wxString& payloadHash)
 {
-    const wxString scope = info.dateStamp + "/" + info.region + "/" + info.service + "/" + kScopeEnd;
-    const wxString request = CreateCanonicalRequest(info, payloadHash);
-    return wxString(kAlgorithm) + "\n" + info.amzDate + "\n" + scope + "\n" + qxSHA256Hex(request);
+    wxString text = kAlgorithm;
+    text << L"\n" << info.amzDate << L"\n" << Scope(info) << L"\n";
+    text << qxSHA256Hex(CreateCanonicalRequest(info, payloadHash));
+    return text;
 }
 
 void SetSigningClock(std::time_t (*clock)())

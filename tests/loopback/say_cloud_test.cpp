@@ -494,6 +494,48 @@ TEST_F(SayCloud, InterruptEndsTheWaitAtOnceAndLeavesNothingHalfDone)
     EXPECT_EQ(std::count(history.begin(), history.end(), ';'), 3) << history;
 }
 
+// What a killed process left goes with the next run; what belongs to one that still waits stays.
+TEST_F(SayCloud, NextRunRemovesWhatAKilledOneLeftAndNothingElse)
+{
+    const Engine& engine = kEngines[0];
+    ASSERT_EQ(Run(engine, {"-L"}).status, 0);
+    for (const bool plays : {false, true}) {
+        SCOPED_TRACE(plays ? "plays" : "writes");
+        const Arguments arguments = plays ? Arguments{kText} : Arguments{"-o", Out("old.mp3"), kText};
+        WriteFile(Out("old.mp3"), "old");
+        services.ClearRequests();
+        services.Inject("", engine.synthesis, 1, Fault::Stall(Stage::kBeforeHeaders));
+        ChildProcess killed = Say(engine, arguments);
+        killed.whileRunning = [&](pid_t pid) {
+            if (Count(engine.synthesis) == 1)
+                kill(pid, SIGKILL);
+        };
+        killed.Run();
+        services.Release();
+        EXPECT_EQ(ReadFile(Out("old.mp3")), "old");
+        EXPECT_EQ(Names(plays ? "tmp" : "out").size(), plays ? 1u : 2u);
+
+        services.ClearRequests();
+        services.ClearFaults();
+        services.Inject("", engine.synthesis, 1, Fault::Stall(Stage::kBeforeHeaders));
+        ChildProcess waiting = Say(engine, arguments);
+        bool asked = false;
+        waiting.whileRunning = [&](pid_t) {
+            if (asked || Count(engine.synthesis) == 0 || !services.WaitForStalls(1, std::chrono::milliseconds(1)))
+                return;
+            asked = true;
+            EXPECT_EQ(Run(engine, {"-o", Out("other.mp3"), kText}).status, 0);
+            EXPECT_EQ(Names(plays ? "tmp" : "out").size(), plays ? 1u : 3u);
+            services.Release();
+        };
+        const Result result = waiting.Run();
+        EXPECT_TRUE(asked);
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(Names("tmp"), std::set<std::string>());
+        EXPECT_EQ(Names("out").size(), 2u);
+    }
+}
+
 TEST_F(SayCloud, InterruptEndsTheOtherRequestsToo)
 {
     const Engine& engine = kEngines[0];
