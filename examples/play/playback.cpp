@@ -23,7 +23,8 @@ namespace
 
 using tool::Failure;
 
-constexpr int kPollMs = 5;
+constexpr int kPollMs = 25; // a key wakes at once
+constexpr int kPicturePollMs = 5;
 constexpr int64_t kSeekStepUs = 5000000;
 // The last frames of a stream may not fill a block, and are dropped.
 constexpr int64_t kEndToleranceUs = 500000;
@@ -80,8 +81,9 @@ void Playback::Open()
     if (m_stage.screen)
         m_stage.screen->Begin(m_label);
     OpenMedia();
+    m_hasPictures = m_stage.screen && m_provider->FindStream(MKMediaVideo, 0) >= 0;
     if (m_stage.screen)
-        m_stage.screen->NoteStreams(m_provider->FindStream(MKMediaVideo, 0) >= 0);
+        m_stage.screen->NoteStreams(m_hasPictures);
 }
 
 void Playback::OpenMedia()
@@ -153,7 +155,7 @@ bool Playback::IsGoingOn()
 
 void Playback::ObeyAll()
 {
-    int wait = kPollMs;
+    int wait = m_hasPictures ? kPicturePollMs : kPollMs;
     while (const char byte = m_stage.keys.Wait(wait)) {
         Obey(m_decoder.Feed(byte));
         wait = 0;

@@ -65,6 +65,7 @@ private:
     MKConsumer* m_consumer = nullptr;     // owned by the player
     size_t m_stream = 0;                  // at the consumer, the one whose time is shown
     bool m_hasSound = false;
+    bool m_hasPictures = false;
     bool m_paused = false;
     bool m_isOver = false;   // by the user's wish
     int64_t m_soughtUs = -1; // a position that playing goes to when it is resumed
