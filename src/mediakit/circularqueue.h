@@ -2,6 +2,8 @@
 #ifndef QXSPEECH_MEDIAKIT_CIRCULARQUEUE_H
 #define QXSPEECH_MEDIAKIT_CIRCULARQUEUE_H
 
+#include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -57,14 +59,17 @@ public:
             return;
         writeIndex = Next(writeIndex);
         ++count;
+        const bool isWorthWaking = !isDozing || count >= std::min(kBatch, capacity);
         hold.unlock(); // or who is woken would wait for the lock next
-        changed.notify_all();
+        if (isWorthWaking)
+            changed.notify_all();
     }
     // Waits for a filled slot; on a closed queue at once, whatever the slot holds. Null only from a queue without
     // slots.
     T* ReadSlot()
     {
         std::unique_lock<std::mutex> hold(lock);
+        Doze(hold);
         WaitForData(hold);
         return capacity ? &slots[static_cast<size_t>(readIndex) % capacity] : nullptr;
     }
@@ -76,6 +81,7 @@ public:
             return;
         readIndex = Next(readIndex);
         --count;
+        hasJustRead = true;
         hold.unlock();
         changed.notify_all();
     }
@@ -92,9 +98,24 @@ public:
         readIndex = writeIndex = 0;
         count = 0;
         closed = false;
+        hasJustRead = false;
     }
 
 private:
+    static constexpr size_t kBatch = 16;
+    static constexpr std::chrono::milliseconds kDoze{1};
+
+    // A reader that is faster than the writer would be woken for each slot, which costs more than the slot is worth.
+    // The first time that it finds nothing it lets a few come together, for a moment that no device notices.
+    void Doze(std::unique_lock<std::mutex>& hold)
+    {
+        if (count > 0 || !hasJustRead)
+            return;
+        hasJustRead = false;
+        isDozing = true;
+        changed.wait_for(hold, kDoze, [this] { return closed || count >= std::min(kBatch, capacity); });
+        isDozing = false;
+    }
     void WaitForRoom(std::unique_lock<std::mutex>& hold)
     {
         changed.wait(hold, [this] { return closed || count < capacity; });
@@ -114,6 +135,8 @@ private:
     int32_t readIndex = 0;
     int32_t writeIndex = 0;
     bool closed = false;
+    bool hasJustRead = false;
+    bool isDozing = false; // the reader, until a batch is there
 };
 
 #endif

@@ -272,7 +272,8 @@ TEST_F(Player, ClockTellsWhatIsHeard)
     SinkRecording recording(*s_sink);
     ASSERT_TRUE(OpenFile(player, Tones({{1.0, 0}, {1.0, 0.5}})));
     ASSERT_TRUE(player.Play());
-    EXPECT_LT(PlayedTime(player), 1000000 * 4096 / kRate) << "at most the first block, which the device takes at once";
+    EXPECT_LT(PlayedTime(player), int64_t(1000000) * 4096 / kRate)
+        << "at most the first block, which the device takes at once";
     double clock = 0;
     double heard = 0; // of second 1
     ASSERT_TRUE(Await([&] {
