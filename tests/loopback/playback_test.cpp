@@ -10,7 +10,7 @@
 #include "speech/tts_azureapi.h"
 #include "speech/tts_googleapi.h"
 #include "support/cloud_host.h"
-#include "support/pulse_sink.h"
+#include "support/sink_suite.h"
 
 using loopback::ErrorBody;
 using loopback::Fault;
@@ -45,29 +45,14 @@ bool Await(Condition condition)
     return true;
 }
 
-// The server and PortAudio, started once for all cases.
-class Playback : public testing::TestWithParam<Engine>
+class Playback : public SinkSuite<testing::TestWithParam<Engine>>
 {
-public:
-    static void SetUpTestSuite()
-    {
-        s_sink = std::make_unique<PulseSink>();
-        s_started = s_sink->Ok() && Pa_Initialize() == paNoError;
-    }
-    static void TearDownTestSuite()
-    {
-        if (s_started)
-            Pa_Terminate();
-        s_started = false;
-        s_sink.reset();
-    }
-
 protected:
     void SetUp() override
     {
-        if (!s_sink->Ok() && !std::getenv("QXSPEECH_NO_SKIP"))
-            GTEST_SKIP() << s_sink->Why();
-        ASSERT_TRUE(s_started) << s_sink->Why();
+        SinkSuite::SetUp();
+        if (!IsReady())
+            return;
         host = std::make_unique<CloudHost>();
         handler.reset(GetParam().make());
         QXTTSVoiceInfo voice;
@@ -104,15 +89,10 @@ protected:
         return files;
     }
 
-    static std::unique_ptr<PulseSink> s_sink;
-    static bool s_started;
     const wxString longText = wxString('x', 200); // 12 seconds
     std::unique_ptr<CloudHost> host;
     std::unique_ptr<wxTTSHandler> handler;
 };
-
-std::unique_ptr<PulseSink> Playback::s_sink;
-bool Playback::s_started = false;
 
 class PlaybackInTurns : public Playback
 {

@@ -2,8 +2,8 @@
 #include "support/log_capture.h"
 #include "support/mediafile.h"
 #include "support/playing.h"
-#include "support/pulse_sink.h"
 #include "support/recordingsurface.h"
+#include "support/sink_suite.h"
 #include "support/wav.h"
 
 #include <algorithm>
@@ -19,39 +19,15 @@ extern "C" {
 }
 
 #include <gtest/gtest.h>
-#include <portaudio.h>
 
 namespace
 {
 
 constexpr int kRate = 48000;
 
-// The server and PortAudio, started once for all cases of this program.
-class Player : public testing::Test
+class Player : public SinkSuite<>
 {
-public:
-    static void SetUpTestSuite()
-    {
-        s_sink = std::make_unique<PulseSink>();
-        if (s_sink->Ok())
-            s_started = Pa_Initialize() == paNoError;
-    }
-    static void TearDownTestSuite()
-    {
-        if (s_started)
-            Pa_Terminate();
-        s_sink.reset();
-    }
-
 protected:
-    void SetUp() override
-    {
-        if (!s_sink->Ok() && !std::getenv("QXSPEECH_NO_SKIP"))
-            GTEST_SKIP() << s_sink->Why();
-        ASSERT_TRUE(s_sink->Ok()) << s_sink->Why();
-        ASSERT_TRUE(s_started);
-    }
-
     // A file of stretches of tone (level above 0) and silence, each so many seconds long.
     struct Piece {
         double seconds;
@@ -94,15 +70,10 @@ protected:
         return Await([&] { return static_cast<double>(PlayedTime(aPlayer)) >= seconds * 1e6; });
     }
 
-    static std::unique_ptr<PulseSink> s_sink;
-    static bool s_started;
     ScratchDir dir;
     int files = 0;
     MKMediaPlayer player;
 };
-
-std::unique_ptr<PulseSink> Player::s_sink;
-bool Player::s_started = false;
 
 double HeardSeconds(const Sound& sound)
 {

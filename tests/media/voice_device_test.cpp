@@ -1,6 +1,6 @@
 // The real voice on a private null sink: what is heard there, and when. MIT licence.
-#include "support/pulse_sink.h"
 #include "support/scratch_dir.h"
+#include "support/sink_suite.h"
 #include "support/speech_voice.h"
 #include "support/wav.h"
 
@@ -22,37 +22,9 @@ double SecondsSince(Clock::time_point begin)
 }
 
 // The server and PortAudio, started once for all cases of this program.
-class VoiceOnDevice : public testing::Test
+class VoiceOnDevice : public SinkSuite<>
 {
-public:
-    static void SetUpTestSuite()
-    {
-        s_sink = std::make_unique<PulseSink>();
-        if (s_sink->Ok())
-            s_started = Pa_Initialize() == paNoError;
-    }
-    static void TearDownTestSuite()
-    {
-        if (s_started)
-            Pa_Terminate();
-        s_sink.reset();
-    }
-
-protected:
-    void SetUp() override
-    {
-        if (!s_sink->Ok() && !std::getenv("QXSPEECH_NO_SKIP"))
-            GTEST_SKIP() << s_sink->Why();
-        ASSERT_TRUE(s_sink->Ok()) << s_sink->Why();
-        ASSERT_TRUE(s_started);
-    }
-
-    static std::unique_ptr<PulseSink> s_sink;
-    static bool s_started;
 };
-
-std::unique_ptr<PulseSink> VoiceOnDevice::s_sink;
-bool VoiceOnDevice::s_started = false;
 
 const wchar_t kThree[] = L"The first one is here. The second one is here. The third one is here.";
 
