@@ -65,6 +65,24 @@ void CheckSubstitution(wxTTSTransformer& words, bool unique)
     Require(replaced || indexed == text);
 }
 
+// Not so: a first key that begins with a byte order mark, which a load takes for the file's; and what a file of 32-bit
+// units may hold that is no character.
+bool IsSavedWhole(wxTTSTransformer& words)
+{
+    if (!words.GetStrings().empty() && words.GetStrings()[0][0] == L'\uFEFF')
+        return false;
+    for (const wxArrayString* list : {&words.GetStrings(), &words.GetReplacements()}) {
+        for (const wxString& text : *list) {
+            for (const wxUniChar character : text) {
+                const wxUint32 value = character.GetValue();
+                if (value > 0x10FFFF || (value >= 0xD800 && value < 0xE000))
+                    return false;
+            }
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -86,8 +104,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     Require(words.SaveFile(saved) && !words.GetModified());
     wxTTSTransformer again;
     Require(again.LoadFile(saved));
-    // A first key that begins with a byte order mark is saved as it is, and a load takes the mark for the file's.
-    if (!words.GetStrings().empty() && words.GetStrings()[0][0] == L'\uFEFF')
+    if (!IsSavedWhole(words))
         return 0;
     Require(again.GetStrings() == words.GetStrings() && again.GetReplacements() == words.GetReplacements());
     return 0;
