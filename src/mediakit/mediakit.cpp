@@ -1,6 +1,8 @@
 // Frames, what nodes have in common, and the record of a stream. MIT licence.
 #include "mediakit/mediakit.h"
 
+#include <utility>
+
 extern "C" {
 #include <libavcodec/codec_par.h>
 #include <libavutil/frame.h>
@@ -135,6 +137,11 @@ void MKFrame::Unref()
 {
     if (record->frame)
         av_frame_unref(record->frame);
+}
+
+void MKFrame::Swap(MKFrame& other) noexcept
+{
+    std::swap(record, other.record);
 }
 
 int64_t MKFrame::GetTimeStamp() const

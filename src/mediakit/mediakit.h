@@ -125,6 +125,8 @@ public:
     int32_t GetFrameSize() const;
     // Drops the data. The frame then counts as empty, which in a queue means end of stream.
     void Unref();
+    // Exchanges what the two hold.
+    void Swap(MKFrame& other) noexcept;
     // Microseconds, or AV_NOPTS_VALUE.
     int64_t GetTimeStamp() const;
     // By what the frame holds: a picture, sound, or MKMediaNone.

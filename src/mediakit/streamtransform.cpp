@@ -12,6 +12,7 @@ extern "C" {
 
 #include "mediakit/circularqueue.h"
 #include "mediakit/frameconverter.h"
+#include "mediakit/spareframes.h"
 
 // Lock order: the transform's lock, controlLock, stateLock, the queue's own lock. The threads take the last two only,
 // and neither round a call to a node.
@@ -73,6 +74,7 @@ private:
     // anybody else under stateLock.
     std::unique_ptr<CircularQueue<MKFrame>> queue;
     std::unique_ptr<MKFrameConverter> converter; // read thread only
+    SpareFrames spareFrames;                     // its own lock; between the two threads
 };
 
 MKStreamTransformImpl::MKStreamTransformImpl(MKProvider* from, MKConsumer* to, size_t fromIndex, size_t toIndex,
@@ -216,6 +218,8 @@ MKFrame* MKStreamTransformImpl::PreparedSlot(bool allocate)
     MKFrame* const slot = queue->WriteSlot();
     if (!PassGate())
         return nullptr;
+    if (allocate)
+        spareFrames.Take(*slot);
     if (allocate && !consumer->AllocateFrame(consumerIndex, slot)) {
         Fail();
         return nullptr;
@@ -250,7 +254,7 @@ void MKStreamTransformImpl::WriteLoop()
             Fail();
             break;
         }
-        frame->Unref(); // its memory serves the next frame, rather than one a whole round later
+        spareFrames.Give(*frame);
         queue->CommitRead();
     }
     Leave();

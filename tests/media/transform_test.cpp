@@ -13,6 +13,10 @@
 
 #include <gtest/gtest.h>
 
+extern "C" {
+#include <libavutil/frame.h>
+}
+
 #include "mediakit/transform.h"
 
 namespace
@@ -198,6 +202,24 @@ TEST(Transform, EveryFrameArrivesInOrderAndThenItReadsStopped)
         EXPECT_FALSE(graph.transform->Start()) << "the threads were not joined yet";
         EXPECT_TRUE(graph.transform->Stop());
         EXPECT_TRUE(graph.transform->Start());
+    }
+}
+
+TEST(Transform, FrameThatAConsumerKeepsStaysAsItWas)
+{
+    Graph graph({Stream(60)}, 3);
+    graph.sink.keepEvery = 3;
+    ASSERT_TRUE(graph.Open());
+    ASSERT_TRUE(graph.transform->Start());
+    ASSERT_TRUE(graph.AwaitState(MKTransformStopped));
+    EXPECT_EQ(graph.sink.Written(0), FirstNumbers(60));
+    ASSERT_EQ(graph.sink.kept.size(), 20u);
+    for (size_t i = 0; i < graph.sink.kept.size(); ++i) {
+        const AVFrame& frame = *graph.sink.kept[i];
+        ASSERT_EQ(frame.nb_samples, kTestFrameSize);
+        const auto* const samples = reinterpret_cast<const int16_t*>(frame.data[0]);
+        EXPECT_EQ(samples[0], static_cast<int>(3 * i));
+        EXPECT_EQ(samples[2 * kTestFrameSize - 1], static_cast<int>(3 * i));
     }
 }
 

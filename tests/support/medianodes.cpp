@@ -193,5 +193,7 @@ int ScriptedConsumer::Write(size_t index, MKFrame* frame)
         return -2;
     std::lock_guard<std::mutex> hold(m_sink.lock);
     m_sink.written.at(index).push_back(reinterpret_cast<const int16_t*>(frame->GetAVFrame()->data[0])[0]);
+    if (m_sink.keepEvery > 0 && number % m_sink.keepEvery == 0)
+        m_sink.kept.emplace_back(av_frame_clone(frame->GetAVFrame()), [](AVFrame* kept) { av_frame_free(&kept); });
     return 1;
 }

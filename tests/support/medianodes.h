@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -57,6 +58,7 @@ struct Sink {
     int failWriteAt = -1;    // by the number of the Write, over all streams
     int failAllocateAt = -1; // by the number of the AllocateFrame
     int refuseStream = -1;   // OpenStream of this index
+    int keepEvery = 0;       // each so-manieth frame is referenced for later, from the first
     bool opens = true;
     Valve valve;                           // passed by each Write
     std::atomic<int> writeMicroseconds{0}; // at most; the time is random
@@ -72,7 +74,8 @@ struct Sink {
     bool AwaitWrites(int count) const;
 
     mutable std::mutex lock;
-    std::vector<std::vector<int>> written; // guarded by lock
+    std::vector<std::vector<int>> written;      // guarded by lock
+    std::vector<std::shared_ptr<AVFrame>> kept; // guarded by lock
 };
 
 // 16-bit stereo at 48000 Hz in frames of 32 samples; all samples of a frame hold its number.
