@@ -110,7 +110,7 @@ QXSPEECH_API void FillStreamParameters(MKStreamParameters* params, const AVCodec
 QXSPEECH_API MKColorSpace MKColorSpaceFromFrame(const AVFrame* frame);
 
 // Owns one AVFrame. Made and deleted by whoever needs a frame: a queue's slots, a thread's scratch frame. Not copied;
-// its data moves only through MKFrameConverter. One thread at a time.
+// its data moves only through MKFrameConverter and Swap. One thread at a time.
 class QXSPEECH_API MKFrame
 {
 public:
