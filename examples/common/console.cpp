@@ -18,6 +18,10 @@ namespace
 
 int g_errors = STDERR_FILENO; // the real standard error
 bool g_outputClosed = false;
+bool g_deviceFailed = false; // main thread
+
+// What the engines log when the device refuses a block: those that play files, and the local one.
+const char* const kDeviceFailures[] = {"Could not write audio output stream, paError", "The audio device failed"};
 
 std::string Utf8(const wxString& text)
 {
@@ -27,8 +31,22 @@ std::string Utf8(const wxString& text)
 // Narrow output of wxWidgets' own target depends on the locale.
 class ErrorLog : public wxLog
 {
+public:
+    explicit ErrorLog(bool verbose) : m_verbose(verbose) {}
+
 protected:
+    // On the main thread; records of others wait until it flushes them.
+    void DoLogRecord(wxLogLevel level, const wxString& text, const wxLogRecordInfo& info) override
+    {
+        for (const char* const failure : kDeviceFailures)
+            g_deviceFailed = g_deviceFailed || text.StartsWith(failure);
+        if (m_verbose)
+            wxLog::DoLogRecord(level, text, info);
+    }
     void DoLogText(const wxString& text) override { WriteAll(g_errors, Utf8(text + "\n")); }
+
+private:
+    const bool m_verbose;
 };
 
 } // namespace
@@ -104,12 +122,14 @@ void SilenceStandardError()
 
 void SetUpLog(bool verbose)
 {
-    if (!verbose) {
-        wxLog::SetLogLevel(wxLOG_FatalError);
-        return;
-    }
     // wxWidgets deletes the target when it ends.
-    delete wxLog::SetActiveTarget(new ErrorLog); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+    delete wxLog::SetActiveTarget(new ErrorLog(verbose)); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+}
+
+bool DeviceFailed()
+{
+    wxLog::FlushActive();
+    return g_deviceFailed;
 }
 
 } // namespace tool

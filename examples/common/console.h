@@ -29,8 +29,11 @@ void PrintOutput(const wxString& text);
 // real standard error. The sound system's libraries print there and cannot all be asked not to.
 void SilenceStandardError();
 
-// Off: nothing of the log is shown. On: each record is a line on standard error.
+// On: each record of the log is a line on standard error. Off: none is shown. Either way the library's own records are
+// looked at for DeviceFailed; their text is its only word on a sound that breaks off.
 void SetUpLog(bool verbose);
+// Whether an audio device has stopped taking sound since SetUpLog. Called on the main thread.
+bool DeviceFailed();
 
 } // namespace tool
 

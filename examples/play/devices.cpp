@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <portaudio.h>
 
+#include "../common/audiosession.h"
 #include "../common/exitstatus.h"
 #include "mediakit/devicemanager.h"
 #include "json/jsonvalue.h"
@@ -119,18 +120,7 @@ std::string FindDevice(const std::vector<Device>& devices, const std::string& id
 
 bool OutputWorks(const std::string& id)
 {
-    const int index = IndexOf(id);
-    const PaDeviceInfo* const info = Pa_GetDeviceInfo(index);
-    if (!info)
-        return false;
-    const PaStreamParameters parameters{index, std::min(info->maxOutputChannels, 2), paInt16,
-                                        info->defaultHighOutputLatency, nullptr};
-    PaStream* stream = nullptr;
-    if (Pa_OpenStream(&stream, nullptr, &parameters, info->defaultSampleRate, 0, paNoFlag, nullptr, nullptr) !=
-        paNoError)
-        return false;
-    Pa_CloseStream(stream);
-    return true;
+    return tool::AudioSession::OutputOpens(IndexOf(id));
 }
 
 } // namespace play

@@ -26,8 +26,6 @@ using tool::Failure;
 constexpr int kPollMs = 25; // a key wakes at once
 constexpr int kPicturePollMs = 5;
 constexpr int64_t kSeekStepUs = 5000000;
-// The last frames of a stream may not fill a block, and are dropped.
-constexpr int64_t kEndToleranceUs = 500000;
 constexpr int64_t kUnknownDuration = 1;
 
 bool IsAddress(const std::string& file)
@@ -233,18 +231,29 @@ void Playback::Halt()
         m_stage.player.Resume();
 }
 
-// A device that fails ends the sound like the end of the file does, but then less was written than was read.
+bool Playback::SoundHasFailed() const
+{
+    int sound = m_provider->FindStream(MKMediaAudio, 0);
+    while (sound >= 0) {
+        const auto index = static_cast<size_t>(sound);
+        if (m_provider->IsStreamOpened(index) && m_provider->IsStreamDiscarded(index))
+            return true;
+        sound = m_provider->FindStream(MKMediaAudio, index + 1);
+    }
+    return false;
+}
+
+// A device that fails ends the sound like the end of the file does.
 void Playback::CheckEnd()
 {
-    const int sound = m_provider->FindStream(MKMediaAudio, 0);
-    const bool isShort = m_hasSound && m_consumer->GetStreamDuration(m_stream) + kEndToleranceUs <
-                                           m_provider->GetStreamTimeStamp(static_cast<size_t>(sound));
+    const bool hasFailed = SoundHasFailed();
     m_stage.player.Stop(); // waits until the rest was heard
-    if (!isShort)
+    if (!hasFailed)
         return;
     m_stage.player.Close(); // the device may take one stream only
     if (!OutputWorks(m_stage.device))
         throw Failure{tool::kExitNoDevice, "the audio device went away"};
+    throw Failure{tool::kExitFile, tool::FromBytes(m_file) + ": the sound broke off; --verbose tells why"};
 }
 
 int64_t Playback::Position() const

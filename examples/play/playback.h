@@ -53,6 +53,7 @@ private:
     void SeekBy(int64_t distanceUs);
     void SeekTo(int64_t positionUs);
     void Halt();
+    bool SoundHasFailed() const;
     void CheckEnd();
     int64_t Position() const;
     int64_t Duration() const; // 0 if unknown

@@ -197,8 +197,8 @@ wxString UsageText()
     text += DescribeOptions(kEntries);
     text += kWebText;
     text += "\nOn a terminal: space pauses and goes on, n skips a sentence (sapi), q or Ctrl-C stops.\n"
-            "Exit status: 0 done, 1 the engine refused, 2 usage, 3 no audio device, 4 a file cannot be read or\n"
-            "written, 130 interrupted.\n";
+            "Exit status: 0 done, 1 the engine refused, 2 usage, 3 no audio device, or it went away, 4 a file\n"
+            "cannot be read or written, 130 interrupted.\n";
     return text;
 }
 

@@ -95,6 +95,8 @@ public:
         }
         // The speech may end between a signal and the look at its flag.
         ThrowIfInterrupted();
+        if (!m_output && DeviceFailed())
+            throw Failure{kExitNoDevice, "the audio device went away"};
     }
 
 private:
@@ -165,6 +167,8 @@ private:
         if (!m_output && !AudioSession::HasOutputDevice())
             throw Failure{kExitNoDevice, "no audio output device; use -o FILE to write a sound file"};
         const wxString reason = m_engine.GetLastErrorMessage();
+        if (!m_output && !AudioSession::DefaultOutputOpens())
+            throw Failure{kExitNoDevice, (reason.empty() ? reason : reason + " ") + "The audio device does not open."};
         throw Failure{kExitRefused, reason.empty() ? m_engine.GetEngine() + " cannot speak this" : reason};
     }
 

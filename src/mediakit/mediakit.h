@@ -166,7 +166,8 @@ public:
     virtual bool QueryStreamParameters(size_t index, MKStreamParameters* params) = 0;
     virtual bool CloseStream(size_t index) = 0;
     virtual bool IsStreamOpened(size_t index) = 0;
-    // A discarded stream stays open but gives no more data.
+    // A discarded stream stays open but gives no more data. A transform does it to a stream that failed, while another
+    // thread may be inside Read.
     virtual bool DiscardStream(size_t index, bool discard);
     virtual bool IsStreamDiscarded(size_t index);
     // Microseconds.

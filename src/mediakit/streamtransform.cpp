@@ -190,8 +190,6 @@ void MKStreamTransformImpl::ReadLoop()
                 break;
         }
     }
-    if (HasFailed())
-        provider->DiscardStream(providerIndex, true); // or what nobody reads would hold up the other streams
     Leave();
 }
 
@@ -280,14 +278,17 @@ bool MKStreamTransformImpl::HasFailed() const
     return aborted;
 }
 
-// Makes both threads leave; the other one may be waiting for a slot.
+// Makes both threads leave; the other one may be waiting for a slot, or have left.
 void MKStreamTransformImpl::Fail()
 {
     {
         std::lock_guard<std::mutex> hold(stateLock);
+        if (aborted)
+            return;
         aborted = true;
     }
     queue->Close();
+    provider->DiscardStream(providerIndex, true); // or what nobody reads would hold up the other streams
 }
 
 void MKStreamTransformImpl::Leave()

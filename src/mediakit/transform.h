@@ -30,7 +30,8 @@ enum MKTransformState : int32_t {
 //   (end)   | Running, all streams ended | reads as Stopped; Start wants a Stop before, which joins the threads
 //
 // The end of a stream, be it the end of the data or a failure of a node, sends no event: GetState tells. A stream that
-// failed is discarded at the provider until the next Start, so that the others go on.
+// failed is discarded at the provider until the next Start, so that the others go on: IsStreamDiscarded tells a failure
+// from the end of the data.
 class QXSPEECH_API MKTransform
 {
 public:

@@ -689,6 +689,37 @@ TEST_F(SayCloudSink, PauseKeepsTheSpeechAndGoesOn)
     EXPECT_TRUE(resumed) << result.err;
 }
 
+// The engines on the network and the local one.
+TEST_F(SayCloudSink, ServerThatDiesIsOneLine)
+{
+    unsetenv("ALSA_CONFIG_PATH");
+    std::vector<Engine> engines(std::begin(kEngines), std::end(kEngines));
+    engines.push_back({"sapi", "Microsoft SAPI", "", "", "", ""});
+    for (const Engine& engine : engines) {
+        SCOPED_TRACE(engine.name);
+        PulseSink sink;
+        if (!sink.Ok())
+            GTEST_SKIP() << sink.Why();
+        std::string text;
+        for (int i = 0; i < 20; ++i)
+            text += kText + " ";
+        ChildProcess say = Say(engine, {text});
+        bool killed = false;
+        say.whileRunning = [&](pid_t) {
+            const std::string ask = "pactl -s " + sink.Socket() + " list short sink-inputs 2>/dev/null | grep -q .";
+            if (!killed && std::system(ask.c_str()) == 0) {
+                sink.Kill();
+                killed = true;
+            }
+        };
+        const Result result = say.Run();
+        EXPECT_TRUE(killed);
+        EXPECT_EQ(result.status, 3);
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        EXPECT_TRUE(Holds(result.err, "device")) << result.err;
+    }
+}
+
 TEST_F(SayCloudSink, InterruptWhilePlayingStopsAndRemovesTheAudio)
 {
     unsetenv("ALSA_CONFIG_PATH");

@@ -4,11 +4,14 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 #include "childprocess.h"
 #include "support/mediafile.h"
@@ -307,6 +310,72 @@ TEST_F(PlayCliInTime, ServerThatDiesIsOneLine)
     bool killed = false;
     child.whileRunning = [&](pid_t) {
         if (!killed && IsPlaying()) {
+            m_sink.Kill();
+            killed = true;
+        }
+    };
+    const Result result = child.Run();
+    EXPECT_TRUE(killed);
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(Lines(result.err), 1U) << result.err;
+    EXPECT_TRUE(Contains(result.err, "device")) << result.err;
+}
+
+// Half a minute of a tone, as a WAV file that comes through a pipe. The pipe stays open for writing: no end is seen.
+class TonePipe
+{
+public:
+    explicit TonePipe(const ScratchDir& folder)
+        : path(folder / "pipe"),
+          m_whole(MakeWavFile(folder, "whole.wav", kPipeRateHz, 2, MakeTone(kPipeRateHz, 2, 30)), std::ios::binary)
+    {
+        if (mkfifo(path.c_str(), 0600) == 0)
+            m_pipe = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    }
+    ~TonePipe() { close(m_pipe); }
+    TonePipe(const TonePipe&) = delete;
+    TonePipe& operator=(const TonePipe&) = delete;
+
+    bool Ok() const { return m_pipe >= 0; }
+    // Up to so many seconds from the beginning, as far as the pipe has room.
+    void Feed(double seconds)
+    {
+        std::string bytes(static_cast<size_t>(seconds * kPipeRateHz) * 4 - m_fed, '\0');
+        m_whole.clear();
+        m_whole.seekg(static_cast<std::streamoff>(m_fed));
+        m_whole.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        const ssize_t taken = write(m_pipe, bytes.data(), static_cast<size_t>(m_whole.gcount()));
+        m_fed += taken > 0 ? static_cast<size_t>(taken) : 0;
+    }
+
+    static constexpr double kToOpen = 1; // seconds without which the file does not open: a quarter of a megabyte
+    const std::string path;
+
+private:
+    static constexpr int kPipeRateHz = 96000;
+
+    std::ifstream m_whole;
+    int m_pipe = -1;
+    size_t m_fed = 0;
+};
+
+// When it dies, hardly more was read than was heard: how much was played does not tell it from the end.
+TEST_F(PlayCliInTime, ServerThatDiesUnderAPipeIsOneLine)
+{
+    TonePipe pipe(m_folder);
+    ASSERT_TRUE(pipe.Ok());
+    ChildProcess child = Play({pipe.path});
+    Clock::time_point start;
+    bool plays = false;
+    bool killed = false;
+    child.whileRunning = [&](pid_t) {
+        if (!plays && IsPlaying()) {
+            plays = true;
+            start = Clock::now();
+        }
+        const std::chrono::duration<double> played = plays ? Clock::now() - start : Clock::duration(0);
+        pipe.Feed(std::max(TonePipe::kToOpen, played.count() + 0.2));
+        if (!killed && played.count() > TonePipe::kToOpen + 0.5) {
             m_sink.Kill();
             killed = true;
         }

@@ -366,6 +366,19 @@ TEST(Transform, FailedStreamIsDiscardedUntilItIsStartedAgain)
     EXPECT_EQ(graph.source.discarded, 0);
 }
 
+TEST(Transform, StreamWhoseLastWriteFailsIsDiscarded)
+{
+    Graph graph({Stream(2)}, 8);
+    graph.sink.failWriteAt = 1;
+    graph.sink.valve.Shut();
+    ASSERT_TRUE(graph.Open());
+    ASSERT_TRUE(graph.transform->Start());
+    ASSERT_TRUE(Await([&] { return graph.source.reads == 3 && graph.source.inside == 0; })) << "all was read";
+    graph.sink.valve.Open();
+    ASSERT_TRUE(graph.AwaitState(MKTransformStopped));
+    EXPECT_EQ(graph.source.discarded, 1);
+}
+
 TEST(Transform, FailedReadStillPlaysWhatWasRead)
 {
     Graph graph({Stream(kEndless)}, 64);
