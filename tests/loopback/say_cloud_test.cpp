@@ -714,7 +714,7 @@ TEST_F(SayCloudSink, ServerThatDiesIsOneLine)
         };
         const Result result = say.Run();
         EXPECT_TRUE(killed);
-        EXPECT_EQ(result.status, 3);
+        EXPECT_EQ(result.status, 3) << result.err;
         EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
         EXPECT_TRUE(Holds(result.err, "device")) << result.err;
     }

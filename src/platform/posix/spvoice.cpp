@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <thread>
 
 #include "common/logging.h"
 #include "platform/posix/com.h"
@@ -106,17 +107,24 @@ SpVoice::SpVoice() : m_state(std::make_shared<VoiceState>(qxplatform::CurrentThr
 SpVoice::~SpVoice()
 {
     SpStream* stream = nullptr;
+    std::thread player;
     {
         VoiceState::Lock lock(SpeechLock());
         m_state->released = true;
         m_state->callback = nullptr;
         m_state->Purge(false);
         RemoveFromSynthesizer(m_state);
-        m_state->changed.wait_for(lock, kReleaseLimit,
-                                  [this] { return m_state->playerId == 0 && m_state->playersAlive == 0; });
+        const bool ended = m_state->changed.wait_for(
+            lock, kReleaseLimit, [this] { return m_state->playerId == 0 && m_state->playersAlive == 0; });
         m_state->playerId = 0;
         std::swap(stream, m_stream);
+        player.swap(m_state->playerThread);
+        if (!ended && player.joinable())
+            player.detach(); // it hangs in its device
     }
+    // Nothing of it may run on into the end of the process, not even what it keeps for itself being freed.
+    if (player.joinable())
+        player.join();
     if (stream)
         stream->Release();
 }

@@ -225,7 +225,10 @@ bool EnsurePlayer(const std::shared_ptr<VoiceState>& voice)
         return true;
     const uint64_t id = ++lastId;
     try {
-        std::thread([player = std::make_shared<Player>(voice, id)] { player->Run(); }).detach();
+        std::thread thread([player = std::make_shared<Player>(voice, id)] { player->Run(); });
+        if (voice->playerThread.joinable())
+            voice->playerThread.detach(); // given up
+        voice->playerThread = std::move(thread);
     } catch (const std::system_error& error) {
         QX_LOG("Could not start the playing thread: %s", wxString::FromUTF8(error.what()));
         return false;

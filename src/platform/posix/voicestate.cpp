@@ -72,8 +72,8 @@ void VoiceState::Finish(const std::shared_ptr<Utterance>& utterance, HRESULT res
     ++utterance->generation;
     utterance->done = true;
     utterance->result = result;
-    if (FAILED(result) && utterance->output == OutputState::Pending)
-        utterance->output = OutputState::Failed;
+    if (FAILED(result) && !utterance->accepted)
+        utterance->output = OutputState::Failed; // also while Speak, which saw it work, has still to answer
     if (utterance->accepted || SUCCEEDED(result))
         Tell(SPEI_END_INPUT_STREAM, *utterance);
     if (utterances.empty())

@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <sapi.h>
@@ -76,8 +77,9 @@ public:
     uint64_t lastServed = 0;                           // turn in which the synthesizer last worked for this voice
 
     // The player: one thread at a time; its number changes when it is given up.
-    uint64_t playerId = 0; // 0: none
-    int playersAlive = 0;  // threads that have not ended, given up ones included
+    uint64_t playerId = 0;    // 0: none
+    int playersAlive = 0;     // threads that have not ended, given up ones included
+    std::thread playerThread; // the last one started; the voice's object joins it, or leaves a hung one to itself
     bool deviceOpen = false;
     bool fileBusy = false; // samples are being written to a file
     bool released = false;
