@@ -1,10 +1,10 @@
 // Start of PortAudio without the chatter of the sound systems below it. MIT licence.
 #include "audiosession.h"
 
-#include <algorithm>
 #include <dlfcn.h>
 #include <portaudio.h>
 
+#include "console.h"
 #include "exitstatus.h"
 
 namespace tool
@@ -59,32 +59,13 @@ AudioSession::AudioSession(Needs needs, const wxString& advice)
 
 AudioSession::~AudioSession()
 {
-    Pa_Terminate();
+    if (LoggedDeviceState() != DeviceState::kHangs) // or this would, too
+        Pa_Terminate();
 }
 
 bool AudioSession::HasOutputDevice()
 {
     return Pa_GetDefaultOutputDevice() >= 0; // negative: none, or not started
-}
-
-bool AudioSession::OutputOpens(int device)
-{
-    const PaDeviceInfo* const info = Pa_GetDeviceInfo(device);
-    if (!info)
-        return false;
-    const PaStreamParameters parameters{device, std::min(info->maxOutputChannels, 2), paInt16,
-                                        info->defaultHighOutputLatency, nullptr};
-    PaStream* stream = nullptr;
-    if (Pa_OpenStream(&stream, nullptr, &parameters, info->defaultSampleRate, 0, paNoFlag, nullptr, nullptr) !=
-        paNoError)
-        return false;
-    Pa_CloseStream(stream);
-    return true;
-}
-
-bool AudioSession::DefaultOutputOpens()
-{
-    return OutputOpens(Pa_GetDefaultOutputDevice());
 }
 
 bool AudioSession::HasInputDevice()

@@ -23,10 +23,6 @@ public:
 
     static bool HasOutputDevice();
     static bool HasInputDevice();
-    // Whether a device, PortAudio's index, can be opened for playing at this moment. One that takes a single stream
-    // cannot while something plays on it.
-    static bool OutputOpens(int device);
-    static bool DefaultOutputOpens();
 };
 
 } // namespace tool

@@ -1,6 +1,7 @@
 // Plain descriptors instead of streams: they survive the silencing of standard error. MIT licence.
 #include "console.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -18,10 +19,21 @@ namespace
 
 int g_errors = STDERR_FILENO; // the real standard error
 bool g_outputClosed = false;
-bool g_deviceFailed = false; // main thread
+DeviceState g_device = DeviceState::kGood; // main thread
 
-// What the engines log when the device refuses a block: those that play files, and the local one.
-const char* const kDeviceFailures[] = {"Could not write audio output stream, paError", "The audio device failed"};
+// What the library logs when an output device does not open, refuses a block or hangs: the engines that play files,
+// then the local one.
+const struct {
+    const char* text;
+    DeviceState state;
+} kDeviceRecords[] = {
+    {"Could not open audio output stream", DeviceState::kFailed},
+    {"Could not start audio output stream", DeviceState::kFailed},
+    {"Could not write audio output stream, paError", DeviceState::kFailed},
+    {"Could not open the audio device", DeviceState::kFailed},
+    {"The audio device failed", DeviceState::kFailed},
+    {"The audio device does not answer", DeviceState::kHangs},
+};
 
 std::string Utf8(const wxString& text)
 {
@@ -38,9 +50,11 @@ protected:
     // On the main thread; records of others wait until it flushes them.
     void DoLogRecord(wxLogLevel level, const wxString& text, const wxLogRecordInfo& info) override
     {
-        for (const char* const failure : kDeviceFailures)
-            g_deviceFailed = g_deviceFailed || text.StartsWith(failure);
-        if (m_verbose)
+        for (const auto& record : kDeviceRecords) {
+            if (text.StartsWith(record.text))
+                g_device = std::max(g_device, record.state);
+        }
+        if (m_verbose || level == wxLOG_FatalError)
             wxLog::DoLogRecord(level, text, info);
     }
     void DoLogText(const wxString& text) override { WriteAll(g_errors, Utf8(text + "\n")); }
@@ -126,10 +140,10 @@ void SetUpLog(bool verbose)
     delete wxLog::SetActiveTarget(new ErrorLog(verbose)); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 
-bool DeviceFailed()
+DeviceState LoggedDeviceState()
 {
     wxLog::FlushActive();
-    return g_deviceFailed;
+    return g_device;
 }
 
 } // namespace tool

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <portaudio.h>
 
-#include "../common/audiosession.h"
 #include "../common/exitstatus.h"
 #include "mediakit/devicemanager.h"
 #include "json/jsonvalue.h"
@@ -120,7 +119,18 @@ std::string FindDevice(const std::vector<Device>& devices, const std::string& id
 
 bool OutputWorks(const std::string& id)
 {
-    return tool::AudioSession::OutputOpens(IndexOf(id));
+    const int index = IndexOf(id);
+    const PaDeviceInfo* const info = Pa_GetDeviceInfo(index);
+    if (!info)
+        return false;
+    const PaStreamParameters parameters{index, std::min(info->maxOutputChannels, 2), paInt16,
+                                        info->defaultHighOutputLatency, nullptr};
+    PaStream* stream = nullptr;
+    if (Pa_OpenStream(&stream, nullptr, &parameters, info->defaultSampleRate, 0, paNoFlag, nullptr, nullptr) !=
+        paNoError)
+        return false;
+    Pa_CloseStream(stream);
+    return true;
 }
 
 } // namespace play

@@ -95,11 +95,21 @@ public:
         }
         // The speech may end between a signal and the look at its flag.
         ThrowIfInterrupted();
-        if (!m_output && DeviceFailed())
-            throw Failure{kExitNoDevice, "the audio device went away"};
+        if (!m_output)
+            RequireDevice();
     }
 
 private:
+    // A device that fails ends the speech as its last word does.
+    static void RequireDevice()
+    {
+        const DeviceState device = LoggedDeviceState();
+        if (device == DeviceState::kFailed)
+            throw Failure{kExitNoDevice, "the audio device went away"};
+        if (device == DeviceState::kHangs)
+            throw Failure{kExitNoDevice, "the audio device does not answer"};
+    }
+
     bool StartLocal(const Spoken& spoken)
     {
         m_progress.Waiting(m_engine.GetEngine());
@@ -167,8 +177,9 @@ private:
         if (!m_output && !AudioSession::HasOutputDevice())
             throw Failure{kExitNoDevice, "no audio output device; use -o FILE to write a sound file"};
         const wxString reason = m_engine.GetLastErrorMessage();
-        if (!m_output && !AudioSession::DefaultOutputOpens())
-            throw Failure{kExitNoDevice, (reason.empty() ? reason : reason + " ") + "The audio device does not open."};
+        if (!m_output && LoggedDeviceState() != DeviceState::kGood)
+            throw Failure{kExitNoDevice, reason.empty() ? wxString("the audio device does not open")
+                                                        : reason + " The audio device does not open."};
         throw Failure{kExitRefused, reason.empty() ? m_engine.GetEngine() + " cannot speak this" : reason};
     }
 

@@ -643,6 +643,17 @@ TEST_F(SayCloudFullDisk, CutAudioIsAFileFailureAndLeavesTheOldFile)
     umount(disk.c_str());
 }
 
+// Half a minute of speech.
+std::string LongText()
+{
+    std::string text;
+    for (int i = 0; i < 20; ++i)
+        text += kText + " ";
+    return text;
+}
+
+const Engine kLocal = {"sapi", "Microsoft SAPI", "", "", "", ""};
+
 // Needs a sound server.
 class SayCloudSink : public SayCloud
 {
@@ -694,16 +705,14 @@ TEST_F(SayCloudSink, ServerThatDiesIsOneLine)
 {
     unsetenv("ALSA_CONFIG_PATH");
     std::vector<Engine> engines(std::begin(kEngines), std::end(kEngines));
-    engines.push_back({"sapi", "Microsoft SAPI", "", "", "", ""});
+    if (QX_HAS_LOCAL_ENGINE)
+        engines.push_back(kLocal);
     for (const Engine& engine : engines) {
         SCOPED_TRACE(engine.name);
         PulseSink sink;
         if (!sink.Ok())
             GTEST_SKIP() << sink.Why();
-        std::string text;
-        for (int i = 0; i < 20; ++i)
-            text += kText + " ";
-        ChildProcess say = Say(engine, {text});
+        ChildProcess say = Say(engine, {LongText()});
         bool killed = false;
         say.whileRunning = [&](pid_t) {
             const std::string ask = "pactl -s " + sink.Socket() + " list short sink-inputs 2>/dev/null | grep -q .";
@@ -718,6 +727,30 @@ TEST_F(SayCloudSink, ServerThatDiesIsOneLine)
         EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
         EXPECT_TRUE(Holds(result.err, "device")) << result.err;
     }
+}
+
+TEST_F(SayCloudSink, ServerThatHangsEndsTheLocalSpeech)
+{
+    if (!QX_HAS_LOCAL_ENGINE)
+        return;
+    unsetenv("ALSA_CONFIG_PATH");
+    PulseSink sink;
+    if (!sink.Ok())
+        GTEST_SKIP() << sink.Why();
+    ChildProcess say = Say(kLocal, {"--progress", LongText()});
+    bool frozen = false;
+    say.onTerminal = true;
+    say.type = [&](const std::string& err) {
+        if (!frozen && Holds(err, "playing, 0.4 s")) {
+            sink.Freeze();
+            frozen = true;
+        }
+        return std::string();
+    };
+    const Result result = say.Run();
+    EXPECT_TRUE(frozen) << result.err;
+    EXPECT_EQ(result.status, 3) << result.err;
+    EXPECT_TRUE(Holds(result.err, "the audio device does not answer")) << result.err;
 }
 
 TEST_F(SayCloudSink, InterruptWhilePlayingStopsAndRemovesTheAudio)
