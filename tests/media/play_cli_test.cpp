@@ -52,6 +52,14 @@ bool Contains(const std::string& text, const std::string& word)
     return text.find(word) != std::string::npos;
 }
 
+void ExpectNoDevice(const Result& result)
+{
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(Lines(result.err), 1U) << result.err;
+    EXPECT_TRUE(Contains(result.err, "device")) << result.err;
+}
+
 // Seconds of silence, then of a tone.
 std::vector<int16_t> SilenceThenTone(double silence, double tone)
 {
@@ -204,10 +212,7 @@ TEST_F(PlayCli, NoDeviceIsOneLine)
     const std::string tone = Wav("tone.wav", MakeTone(kRateHz, 1, 1));
     for (const Arguments& arguments : {Arguments{tone}, Arguments{"--record", m_folder / "r.wav", "1"}}) {
         const Result result = RunPlay(arguments);
-        EXPECT_EQ(result.status, 3);
-        EXPECT_EQ(result.out, "");
-        EXPECT_EQ(Lines(result.err), 1U) << result.err;
-        EXPECT_TRUE(Contains(result.err, "device")) << result.err;
+        ExpectNoDevice(result);
     }
     EXPECT_FALSE(fs::exists(m_folder / "r.wav"));
     EXPECT_EQ(RunPlay({"-L", "--json"}).out, "[]\n");
@@ -316,9 +321,7 @@ TEST_F(PlayCliInTime, ServerThatDiesIsOneLine)
     };
     const Result result = child.Run();
     EXPECT_TRUE(killed);
-    EXPECT_EQ(result.status, 3);
-    EXPECT_EQ(Lines(result.err), 1U) << result.err;
-    EXPECT_TRUE(Contains(result.err, "device")) << result.err;
+    ExpectNoDevice(result);
 }
 
 // Half a minute of a tone, as a WAV file that comes through a pipe. The pipe stays open for writing: no end is seen.
@@ -382,9 +385,7 @@ TEST_F(PlayCliInTime, ServerThatDiesUnderAPipeIsOneLine)
     };
     const Result result = child.Run();
     EXPECT_TRUE(killed);
-    EXPECT_EQ(result.status, 3);
-    EXPECT_EQ(Lines(result.err), 1U) << result.err;
-    EXPECT_TRUE(Contains(result.err, "device")) << result.err;
+    ExpectNoDevice(result);
 }
 
 TEST_F(PlayCliInTime, SpacePausesAndGoesOn)
