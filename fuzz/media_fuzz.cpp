@@ -1,4 +1,5 @@
-// Any bytes as a media file: opened, read and sought through the provider, with bounded work. MIT licence.
+// Any bytes as a media file: opened, read and sought through the provider, and converted for a consumer, with bounded
+// work. MIT licence.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -14,12 +15,14 @@ extern "C" {
 }
 
 #include "mediakit/fileprovider.h"
+#include "mediakit/frameconverter.h"
 
 namespace
 {
 
 const int kMostStreams = 4;
 const int kMostReads = 64;
+const int kMostDrained = 64; // frames from one: sound of 1 Hz turns into very many
 const size_t kMostBytes = 1 << 16;
 
 void Require(bool isTrue, const char* what)
@@ -48,24 +51,53 @@ private:
     int m_file;
 };
 
-void CheckFrame(const MKFrame& frame)
+// What a player does with the frames of one stream.
+class Consumer
 {
-    const AVFrame& av = *frame.GetAVFrame();
-    Require(av.nb_samples >= 0, "a count of samples below zero");
-    if (frame.GetMediaType() == MKMediaVideo)
-        MKColorSpaceFromFrame(&av);
-}
+public:
+    // type: of the stream.
+    void Take(MKMediaType type, MKFrame& frame)
+    {
+        Require(frame.GetAVFrame()->nb_samples >= 0, "a count of samples below zero");
+        if (!m_converter && !Prepare(type))
+            return;
+        int result = m_converter->Convert(&frame, &m_converted);
+        for (int i = 0; i < kMostDrained && result >= 0; ++i)
+            result = m_converter->Drain(&frame, &m_converted);
+    }
+
+private:
+    bool Prepare(MKMediaType type)
+    {
+        MKStreamParameters wanted;
+        wanted.type = type;
+        wanted.format = type == MKMediaVideo ? int32_t{MKPixelBgra} : int32_t{MKSampleS16};
+        wanted.width = 48;
+        wanted.height = 36;
+        wanted.colorSpace = MKColorSpaceRgbFull709;
+        wanted.channels = 2;
+        wanted.rateNum = 48000;
+        wanted.rateDen = 1;
+        wanted.frameSize = 1024;
+        m_converter = std::make_unique<MKFrameConverter>();
+        return m_converted.Allocate(wanted);
+    }
+
+    std::unique_ptr<MKFrameConverter> m_converter;
+    MKFrame m_converted;
+};
 
 void ReadSome(MKFileProvider& provider, int streamCount)
 {
     MKFrame frame;
+    Consumer consumers[kMostStreams];
     for (int i = 0; i < kMostReads; ++i) {
         const auto index = static_cast<size_t>(i % streamCount);
         const int result = provider.Read(index, &frame);
         Require(result == 1 || result == 0 || result == -1 || result == -2, "Read gave another number");
         if (result == 1) {
-            CheckFrame(frame);
             Require(provider.GetStreamTimeStamp(index) == frame.GetTimeStamp(), "the time stamp is another one");
+            consumers[index].Take(provider.GetStreamType(index), frame);
         }
     }
 }

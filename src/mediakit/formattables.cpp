@@ -1,7 +1,13 @@
 // The tables, each beside its lookups. MIT licence.
 #include "mediakit/formattables.h"
 
+extern "C" {
+#include <libavcodec/codec_par.h>
+#include <libavutil/frame.h>
+}
+
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 namespace
@@ -187,21 +193,51 @@ const MKColorRow* mkFindColorRow(MKColorSpace value)
     return Find(kColorSpaces, [=](const MKColorRow& row) { return row.value == value; });
 }
 
-MKColorSpace mkColorSpaceFromProperties(bool isRgb, AVColorSpace space, AVColorRange range, AVColorPrimaries primaries,
-                                        AVColorTransferCharacteristic transfer, AVChromaLocation chroma)
+template <class Enum>
+static int Number(const Enum& field)
 {
+    int number = 0;
+    static_assert(sizeof(field) == sizeof(number), "an enumeration of another size");
+    memcpy(&number, &field, sizeof(number));
+    return number;
+}
+
+MKColorProperties mkColorProperties(const AVFrame& frame)
+{
+    return {Number(frame.colorspace), Number(frame.color_range), Number(frame.color_primaries), Number(frame.color_trc),
+            Number(frame.chroma_location)};
+}
+
+MKColorProperties mkColorProperties(const AVCodecParameters& parameters)
+{
+    return {Number(parameters.color_space), Number(parameters.color_range), Number(parameters.color_primaries),
+            Number(parameters.color_trc), Number(parameters.chroma_location)};
+}
+
+void mkCopyColorProperties(AVFrame* to, const AVFrame& from)
+{
+    memcpy(&to->colorspace, &from.colorspace, sizeof(to->colorspace));
+    memcpy(&to->color_range, &from.color_range, sizeof(to->color_range));
+    memcpy(&to->color_primaries, &from.color_primaries, sizeof(to->color_primaries));
+    memcpy(&to->color_trc, &from.color_trc, sizeof(to->color_trc));
+    memcpy(&to->chroma_location, &from.chroma_location, sizeof(to->chroma_location));
+}
+
+MKColorSpace mkColorSpaceFromProperties(bool isRgb, const MKColorProperties& color)
+{
+    const bool isFull = color.range == AVCOL_RANGE_JPEG;
     // Without a range nothing else is trusted.
-    if (range == AVCOL_RANGE_UNSPECIFIED)
+    if (color.range == AVCOL_RANGE_UNSPECIFIED)
         return isRgb ? MKColorSpaceRgbFull709 : MKColorSpaceYuvStudio709;
-    const MKColorRow* row = Find(kColorSpaces, [=](const MKColorRow& r) {
-        return r.isRgb == isRgb && (isRgb || chroma == kNoLoc || r.chroma == chroma) && r.range == range &&
-               (space == AVCOL_SPC_UNSPECIFIED || r.space == space) &&
-               (primaries == AVCOL_PRI_UNSPECIFIED || r.primaries == primaries) &&
-               (transfer == AVCOL_TRC_UNSPECIFIED || r.transfer == transfer);
+    const MKColorRow* row = Find(kColorSpaces, [&](const MKColorRow& r) {
+        return r.isRgb == isRgb && (isRgb || color.chroma == kNoLoc || r.chroma == color.chroma) &&
+               r.range == color.range && (color.space == AVCOL_SPC_UNSPECIFIED || r.space == color.space) &&
+               (color.primaries == AVCOL_PRI_UNSPECIFIED || r.primaries == color.primaries) &&
+               (color.transfer == AVCOL_TRC_UNSPECIFIED || r.transfer == color.transfer);
     });
     if (row)
         return row->value;
     if (isRgb)
-        return range == AVCOL_RANGE_JPEG ? MKColorSpaceRgbFull709 : MKColorSpaceRgbStudio709;
-    return range == AVCOL_RANGE_JPEG ? MKColorSpaceYuvFull709 : MKColorSpaceYuvStudio709;
+        return isFull ? MKColorSpaceRgbFull709 : MKColorSpaceRgbStudio709;
+    return isFull ? MKColorSpaceYuvFull709 : MKColorSpaceYuvStudio709;
 }

@@ -12,6 +12,8 @@ extern "C" {
 
 #include "mediakit/mediakit.h"
 
+struct AVCodecParameters;
+
 // MKCodecOther for a codec without a number here.
 int32_t mkCodecIdFromFFmpeg(AVCodecID codec);
 
@@ -38,11 +40,24 @@ struct MKColorRow {
     AVChromaLocation chroma;
 };
 
+// The colour properties of a frame or a stream as numbers. Some decoders hand on whatever a file says, values that
+// FFmpeg's enumerations do not have among them, so nothing reads those fields as enumerations.
+struct MKColorProperties {
+    int space;     // AVColorSpace
+    int range;     // AVColorRange
+    int primaries; // AVColorPrimaries
+    int transfer;  // AVColorTransferCharacteristic
+    int chroma;    // AVChromaLocation
+};
+
+MKColorProperties mkColorProperties(const AVFrame& frame);
+MKColorProperties mkColorProperties(const AVCodecParameters& parameters);
+void mkCopyColorProperties(AVFrame* to, const AVFrame& from);
+
 // The row of a value, null if there is none.
 const MKColorRow* mkFindColorRow(MKColorSpace value);
 // The first row that agrees with the properties, those that are not specified agreeing with any; a plain RGB or YUV
 // space if none does.
-MKColorSpace mkColorSpaceFromProperties(bool isRgb, AVColorSpace space, AVColorRange range, AVColorPrimaries primaries,
-                                        AVColorTransferCharacteristic transfer, AVChromaLocation chroma);
+MKColorSpace mkColorSpaceFromProperties(bool isRgb, const MKColorProperties& color);
 
 #endif

@@ -77,9 +77,7 @@ void FillVideoParameters(MKStreamParameters& params, const AVCodecParameters& so
     params.height = source.height;
     params.bitRate = static_cast<int32_t>(source.bit_rate);
     if (const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(source.format)))
-        params.colorSpace =
-            mkColorSpaceFromProperties(IsRgb(*format), source.color_space, source.color_range, source.color_primaries,
-                                       source.color_trc, source.chroma_location);
+        params.colorSpace = mkColorSpaceFromProperties(IsRgb(*format), mkColorProperties(source));
 }
 
 } // namespace
@@ -106,8 +104,7 @@ MKColorSpace MKColorSpaceFromFrame(const AVFrame* frame)
     }
     if (!format)
         return MKColorSpaceRgbFull709;
-    return mkColorSpaceFromProperties(IsRgb(*format), frame->colorspace, frame->color_range, frame->color_primaries,
-                                      frame->color_trc, frame->chroma_location);
+    return mkColorSpaceFromProperties(IsRgb(*format), mkColorProperties(*frame));
 }
 
 struct MKFrame::Record {

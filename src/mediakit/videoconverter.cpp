@@ -12,6 +12,7 @@ extern "C" {
 #include <utility>
 
 #include "common/logging.h"
+#include "mediakit/formattables.h"
 
 namespace
 {
@@ -37,7 +38,7 @@ int FormatOf(const AVFrame* frame)
 
 bool IsFullRange(const AVFrame* frame)
 {
-    return FormatOf(frame) != frame->format || frame->color_range == AVCOL_RANGE_JPEG;
+    return FormatOf(frame) != frame->format || mkColorProperties(*frame).range == AVCOL_RANGE_JPEG;
 }
 
 AVPixelFormat SoftwareFormatOf(const AVFrame* frame)
@@ -55,17 +56,10 @@ bool IsInMemory(const AVFrame* frame)
 
 bool AreOfOneKind(const AVFrame* a, const AVFrame* b)
 {
-    return a->format == b->format && a->width == b->width && a->height == b->height &&
-           a->color_range == b->color_range && a->color_primaries == b->color_primaries;
-}
-
-void CopyColor(AVFrame* to, const AVFrame* from)
-{
-    to->colorspace = from->colorspace;
-    to->color_range = from->color_range;
-    to->color_primaries = from->color_primaries;
-    to->color_trc = from->color_trc;
-    to->chroma_location = from->chroma_location;
+    const MKColorProperties colorA = mkColorProperties(*a);
+    const MKColorProperties colorB = mkColorProperties(*b);
+    return a->format == b->format && a->width == b->width && a->height == b->height && colorA.range == colorB.range &&
+           colorA.primaries == colorB.primaries;
 }
 
 // A frame in system memory that can take what the frame on a device holds; made once and kept.
@@ -84,7 +78,7 @@ bool MakeTemporary(AVFrame*& temporary, const AVFrame* frame)
         }
         temporary = made;
     }
-    CopyColor(temporary, frame);
+    mkCopyColorProperties(temporary, *frame);
     return true;
 }
 
@@ -123,9 +117,9 @@ void SetColorDetails(SwsContext* sws, const AVFrame* src, const AVFrame* dst)
     int contrast = 0;
     int saturation = 0;
     sws_getColorspaceDetails(sws, &table, &range, &table, &range, &brightness, &contrast, &saturation);
-    sws_setColorspaceDetails(sws, sws_getCoefficients(GetSWS_CS(src->color_primaries)), IsFullRange(src),
-                             sws_getCoefficients(GetSWS_CS(dst->color_primaries)), IsFullRange(dst), brightness,
-                             contrast, saturation);
+    sws_setColorspaceDetails(sws, sws_getCoefficients(GetSWS_CS(mkColorProperties(*src).primaries)), IsFullRange(src),
+                             sws_getCoefficients(GetSWS_CS(mkColorProperties(*dst).primaries)), IsFullRange(dst),
+                             brightness, contrast, saturation);
 }
 
 } // namespace
@@ -186,7 +180,7 @@ MKVideoConverter::Key MKVideoConverter::KeyOf(const AVFrame* frame) const
     key.format = FormatOf(frame);
     key.softwareFormat = SoftwareFormatOf(frame);
     key.fullRange = IsFullRange(frame);
-    key.primaries = frame->color_primaries;
+    key.primaries = mkColorProperties(*frame).primaries;
     if (hardware)
         key.device = hardware->DeviceOf(frame);
     return key;

@@ -28,10 +28,7 @@ using Frame = std::unique_ptr<AVFrame, FreeFrame>;
 
 MKColorSpace ColorSpace(bool isRgb, int space, int range, int primaries, int transfer, int chroma)
 {
-    return mkColorSpaceFromProperties(isRgb, static_cast<AVColorSpace>(space), static_cast<AVColorRange>(range),
-                                      static_cast<AVColorPrimaries>(primaries),
-                                      static_cast<AVColorTransferCharacteristic>(transfer),
-                                      static_cast<AVChromaLocation>(chroma));
+    return mkColorSpaceFromProperties(isRgb, {space, range, primaries, transfer, chroma});
 }
 
 } // namespace
