@@ -28,7 +28,7 @@ std::string Convert(const wxString& source, int options)
         wxTTSTransformer transformer;
         Require(transformer.ConvertFormat(source, stream, text, options, true));
     }
-    std::string bytes(stream.GetLength(), '\0');
+    std::string bytes(static_cast<size_t>(stream.GetLength()), '\0');
     stream.CopyTo(bytes.data(), bytes.size());
     return bytes;
 }

@@ -104,8 +104,10 @@ std::string ToHex(const std::string& bytes, const char* digits)
 {
     std::string text;
     text.reserve(2 * bytes.size());
-    for (const unsigned char byte : bytes)
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
         (text += digits[byte >> 4]) += digits[byte & 15];
+    }
     return text;
 }
 

@@ -165,7 +165,7 @@ bool FindVoiceToken(const std::wstring& id, VoiceToken& token)
 
 std::wstring DefaultVoiceTokenId()
 {
-    constexpr LANGID kEnglishUS = 0x0409;
+    constexpr LANGID kFallback = 0x0409; // en-US
     constexpr LANGID kPrimary = 0x03FF;
     const SharedTokens tokens = VoiceTokens();
     const auto firstOf = [&tokens](LANGID language, LANGID mask) {
@@ -179,7 +179,7 @@ std::wstring DefaultVoiceTokenId()
         return std::wstring();
     };
     const LANGID user = GetUserDefaultUILanguage();
-    for (const std::wstring& id : {firstOf(user, 0xFFFF), firstOf(user, kPrimary), firstOf(kEnglishUS, 0xFFFF)}) {
+    for (const std::wstring& id : {firstOf(user, 0xFFFF), firstOf(user, kPrimary), firstOf(kFallback, 0xFFFF)}) {
         if (!id.empty())
             return id;
     }
