@@ -12,6 +12,7 @@ extern "C" {
 #include <bitset>
 #include <cmath>
 
+#include "common/logging.h"
 #include "mediakit/ffmpegcompat.h"
 
 namespace
@@ -20,6 +21,9 @@ namespace
 constexpr int kSamplesWithoutFrameSize = 192000; // room of a frame whose stream has no fixed frame size
 constexpr int kMaxPlanes = 64;                   // channels of a layout's bit mask
 constexpr double kMicrosecondsPerSecond = 1e6;
+// Samples per second; the fastest DSD (49.152 MHz, one bit) decodes to this. The resampler's tables grow with the rate:
+// a header that claims 200 MHz would cost seconds and some 800 MB.
+constexpr int kHighestRate = 6144000;
 
 using Planes = std::array<uint8_t*, kMaxPlanes>;
 
@@ -49,7 +53,7 @@ Planes FreePlanes(const AVFrame* frame)
 // The resampler divides by what it is told.
 bool MKAudioConverter::IsUsable(const End& end)
 {
-    return end.format >= 0 && end.format < AV_SAMPLE_FMT_NB && end.rate >= 1;
+    return end.format >= 0 && end.format < AV_SAMPLE_FMT_NB && end.rate >= 1 && end.rate <= kHighestRate;
 }
 
 MKAudioConverter::~MKAudioConverter()
@@ -108,8 +112,11 @@ int MKAudioConverter::Prepare(const AVFrame* src, const AVFrame* dst)
     if (FitsOutput(dst) && newIn == in)
         return 0;
     const End newOut = EndOf(dst);
-    if (!IsUsable(newIn) || !IsUsable(newOut))
+    if (!IsUsable(newIn) || !IsUsable(newOut)) {
+        QX_LOG("Could not convert sound of format %d at %d Hz to format %d at %d Hz", newIn.format, newIn.rate,
+               newOut.format, newOut.rate);
         return AVERROR(EINVAL);
+    }
     const double seconds = swr ? static_cast<double>(nextPts) / Scale() : 0;
     swr = mkAllocResampler(swr, newOut.layout, newOut.format, newOut.rate, newIn.layout, newIn.format, newIn.rate);
     const int result = swr ? swr_init(swr) : AVERROR(ENOMEM);

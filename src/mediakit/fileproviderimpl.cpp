@@ -5,6 +5,7 @@ extern "C" {
 #include <libavutil/mathematics.h>
 }
 
+#include <algorithm>
 #include <cstring>
 #include <mutex>
 #include <new>
@@ -197,7 +198,7 @@ void MKFileProviderImpl::FindDurationBySize(const AVStream* stream)
         return;
     const int64_t size = avio_size(formatContext->pb);
     if (size > headerSize)
-        duration = (size - headerSize) * kSecond / channels / 2 / rate;
+        duration = std::max(kUnknownDuration, (size - headerSize) * kSecond / channels / 2 / rate);
 }
 
 bool MKFileProviderImpl::QueryStreamParameters(size_t index, MKStreamParameters* params)

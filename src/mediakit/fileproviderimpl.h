@@ -58,7 +58,7 @@ private:
     Fetched SendNextPacket(size_t index, AVCodecContext* context);
     Fetched FetchPacket(size_t index, AVPacket*& packet);
 
-    static const int64_t kUnknownDuration = 1;
+    static constexpr int64_t kUnknownDuration = 1;
 
     MKDecodeLock lock;
     // guarded by lock

@@ -374,7 +374,7 @@ TEST(FrameConverterSound, WhatCannotBeConvertedIsRefused)
     EXPECT_EQ(converter.Drain(&empty, &empty), AVERROR(EINVAL));
 }
 
-// What a damaged file may claim of its sound; the resampler would divide by it.
+// What a damaged file may claim of its sound; the resampler would divide by it, or make tables of gigabytes.
 TEST(FrameConverterSound, ImpossibleFormatsAndRatesAreRefused)
 {
     struct Row {
@@ -385,7 +385,8 @@ TEST(FrameConverterSound, ImpossibleFormatsAndRatesAreRefused)
     const Row rows[] = {{"no format", -1, 22050},
                         {"unknown format", AV_SAMPLE_FMT_NB, 22050},
                         {"no rate", AV_SAMPLE_FMT_S16, 0},
-                        {"negative rate", AV_SAMPLE_FMT_S16, -8000}};
+                        {"negative rate", AV_SAMPLE_FMT_S16, -8000},
+                        {"1.8 GHz", AV_SAMPLE_FMT_S16, 1786433856}};
     for (const Row& row : rows) {
         for (const bool isSource : {true, false}) {
             SCOPED_TRACE(std::string(row.label) + (isSource ? " of the source" : " of the destination"));
