@@ -59,15 +59,17 @@ public:
     void Take(MKMediaType type, MKFrame& frame)
     {
         Require(frame.GetAVFrame()->nb_samples >= 0, "a count of samples below zero");
-        if (!m_converter && !Prepare(type))
-            return;
+        if (frame.GetMediaType() == MKMediaVideo)
+            MKColorSpaceFromFrame(frame.GetAVFrame());
+        if (!m_converter)
+            Prepare(type);
         int result = m_converter->Convert(&frame, &m_converted);
         for (int i = 0; i < kMostDrained && result >= 0; ++i)
             result = m_converter->Drain(&frame, &m_converted);
     }
 
 private:
-    bool Prepare(MKMediaType type)
+    void Prepare(MKMediaType type)
     {
         MKStreamParameters wanted;
         wanted.type = type;
@@ -80,7 +82,7 @@ private:
         wanted.rateDen = 1;
         wanted.frameSize = 1024;
         m_converter = std::make_unique<MKFrameConverter>();
-        return m_converted.Allocate(wanted);
+        Require(m_converted.Allocate(wanted), "no memory for a small frame");
     }
 
     std::unique_ptr<MKFrameConverter> m_converter;

@@ -22,7 +22,7 @@ constexpr int kSamplesWithoutFrameSize = 192000; // room of a frame whose stream
 constexpr int kMaxPlanes = 64;                   // channels of a layout's bit mask
 constexpr double kMicrosecondsPerSecond = 1e6;
 // Samples per second; the fastest DSD (49.152 MHz, one bit) decodes to this. The resampler's tables grow with the rate:
-// a header that claims 200 MHz would cost seconds and some 800 MB.
+// a header that claims 50 MHz, played at 8 kHz, would cost five seconds and 800 MB.
 constexpr int kHighestRate = 6144000;
 
 using Planes = std::array<uint8_t*, kMaxPlanes>;
