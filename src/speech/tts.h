@@ -3,6 +3,7 @@
 #define QXSPEECH_SPEECH_TTS_H
 
 #include "speech/qxtexttospeech.h"
+#include "speech/speechfailure.h"
 #include "speech/texttospeech.h"
 #include "speech/ttshandler.h"
 #include "speech/ttshtmlparser.h"

@@ -2,6 +2,7 @@
 #include "speech/ttshandler.h"
 
 #include <limits>
+#include <mutex>
 #include <wx/filefn.h>
 #include <wx/log.h>
 
@@ -26,7 +27,16 @@ int TruncateToInt(double value)
 
 } // namespace
 
-wxTTSHandler::wxTTSHandler(const wxString& id, const wxString& displayName) : m_id(id), m_displayName(displayName) {}
+struct wxTTSHandler::FailureRecord {
+    std::mutex lock;
+    wxTTSFailure failure;                 // guarded by lock
+    std::function<wxTTSFailure()> source; // guarded by lock; called without it
+};
+
+wxTTSHandler::wxTTSHandler(const wxString& id, const wxString& displayName)
+    : m_id(id), m_displayName(displayName), m_failure(new FailureRecord)
+{
+}
 
 wxTTSHandler::~wxTTSHandler()
 {
@@ -364,4 +374,44 @@ bool wxTTSHandler::Fail(const wxString& lastError)
 {
     m_lastError = lastError;
     return false;
+}
+
+wxTTSFailure wxTTSHandler::GetLastFailure() const
+{
+    std::function<wxTTSFailure()> source;
+    {
+        const std::lock_guard<std::mutex> hold(m_failure->lock);
+        if (m_failure->failure.category != wxTTS_FAILURE_NONE || !m_failure->source)
+            return m_failure->failure;
+        source = m_failure->source;
+    }
+    return source();
+}
+
+void wxTTSHandler::ClearFailure()
+{
+    const std::lock_guard<std::mutex> hold(m_failure->lock);
+    m_failure->failure = wxTTSFailure();
+    m_failure->source = nullptr;
+}
+
+bool wxTTSHandler::SetFailure(const wxTTSFailure& failure)
+{
+    const std::lock_guard<std::mutex> hold(m_failure->lock);
+    m_failure->failure = failure;
+    return false;
+}
+
+bool wxTTSHandler::SetFailure(wxTTSFailureCategory category, const wxString& message)
+{
+    wxTTSFailure failure;
+    failure.category = category;
+    failure.message = message;
+    return SetFailure(failure);
+}
+
+void wxTTSHandler::SetFailureSource(const std::function<wxTTSFailure()>& source)
+{
+    const std::lock_guard<std::mutex> hold(m_failure->lock);
+    m_failure->source = source;
 }

@@ -2,7 +2,9 @@
 #ifndef QXSPEECH_SPEECH_TTSHANDLER_H
 #define QXSPEECH_SPEECH_TTSHANDLER_H
 
+#include <functional>
 #include <list>
+#include <memory>
 #include <vector>
 #include <wx/arrstr.h>
 #include <wx/event.h>
@@ -11,6 +13,7 @@
 #include <wx/variant.h>
 
 #include "common/export.h"
+#include "speech/speechfailure.h"
 #include "speech/ttsproperties.h"
 #include "speech/ttstransformoptions.h"
 #include "speech/ttsvoiceinfo.h"
@@ -182,6 +185,11 @@ public:
     // The transformer of the front object, owned by the host; null without either.
     wxTTSTransformer* GetTransformer() const;
 
+    // What kind of failure the last one was; category none if the latest speak call has had none. Cleared when a speak
+    // call begins, set by every failure of this engine's calls and by one that comes while its speech plays. The last
+    // error beside it stays what it is. Safe on the thread that drives the handler while playing threads report.
+    wxTTSFailure GetLastFailure() const;
+
     // The name of the file to speak for the given one: itself if there is no transformer or no option, else a temporary
     // file, which stays until DeleteTempFile. Empty if the host has set no maker of temporary files.
     wxString DoTransformation(const wxString& filename, int options);
@@ -201,6 +209,16 @@ protected:
     // Stores the text, translated by the caller, as the last error and returns false.
     bool Fail(const wxString& lastError);
 
+    // For engines; may be called on any thread.
+    // Forgets the failure and the source: a speak call begins.
+    void ClearFailure();
+    // Stores the failure in place of an earlier one and returns false.
+    bool SetFailure(const wxTTSFailure& failure);
+    bool SetFailure(wxTTSFailureCategory category, const wxString& message);
+    // Asked by GetLastFailure, on its caller's thread, as long as nothing is stored: for what plays and may fail yet.
+    // Must be callable until ClearFailure, another source or the handler's end, under no lock of the handler.
+    void SetFailureSource(const std::function<wxTTSFailure()>& source);
+
     QXTTSVoiceInfo m_voice;
     int m_errorCode = 0;
     int m_options = 0;
@@ -212,6 +230,11 @@ protected:
     wxTTSProperties m_properties;
     bool m_initialized = false;
     wxString m_lastError;
+
+private:
+    struct FailureRecord;
+
+    std::unique_ptr<FailureRecord> m_failure;
 };
 
 #endif
