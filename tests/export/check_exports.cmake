@@ -8,7 +8,7 @@ set(required
 set(allowed ${required} FillStreamParameters MKAVDisplay MKAudioCapture MKAudioDeviceManager MKAudioDisplay MKClock
     MKColorSpaceFromFrame MKConsumer MKFileProvider MKFrame MKFrameConverter MKMediaPlayer MKNode MKNodeStreamClock MKProvider
     MKTransform MKVideoDisplay MKVideoSurface QXProxySettings QXSingleton<QXTempFileMan> QXTempFileMan wxJSONDocument
-    wxJSONRefData wxJSONValue wxJSONWriter wxTTSAWSHandler wxTTSAzureHandler wxTTSGoogleHandler wxTTSSapiHandler)
+    create_audio_device_object wxJSONRefData wxJSONValue wxJSONWriter wxTTSAWSHandler wxTTSAzureHandler wxTTSGoogleHandler wxTTSSapiHandler)
 
 execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY} OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
 string(REPLACE ";" "," listing "${listing}")

@@ -7,7 +7,9 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <thread>
 #include <unistd.h>
 
@@ -517,6 +519,21 @@ TEST_F(SayCli, NoDeviceIsOneLineButFilesNeedNone)
     EXPECT_EQ(Run({"-v", "Nobody", "Hello there."}).status, 2); // the command line is looked at first
     EXPECT_EQ(Run({"-o", Out("a.wav"), "Hello there."}).status, 0);
     EXPECT_EQ(Run({"-L"}).err, "");
+}
+
+TEST_F(SayCli, FileOutputAsksNoSoundServer)
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    Path("server").copy(address.sun_path, sizeof(address.sun_path) - 1);
+    const int server = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0); // never answers
+    ASSERT_EQ(bind(server, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+    ASSERT_EQ(listen(server, 8), 0);
+    setenv("PULSE_SERVER", ("unix:" + Path("server")).c_str(), 1);
+    EXPECT_EQ(Run({"-o", Out("a.wav"), "Hello there."}).status, 0);
+    unsetenv("PULSE_SERVER");
+    EXPECT_LT(accept(server, nullptr, nullptr), 0);
+    close(server);
 }
 
 TEST_F(SayCli, ListsVoicesByLanguage)

@@ -1,11 +1,44 @@
 // The start of eSpeak NG and its list of voices. MIT licence.
 #include "platform/posix/espeak_engine.h"
 
+#include "common/export.h"
 #include "common/logging.h"
 
 #include <clocale>
+#include <dlfcn.h>
 #include <espeak-ng/speak_lib.h>
 #include <set>
+
+namespace
+{
+
+// Set around our own start of the synthesizer, on the thread that makes it.
+thread_local bool t_withoutAudio = false;
+
+struct WithoutAudio {
+    WithoutAudio() { t_withoutAudio = true; }
+    ~WithoutAudio() { t_withoutAudio = false; }
+    WithoutAudio(const WithoutAudio&) = delete;
+    WithoutAudio& operator=(const WithoutAudio&) = delete;
+};
+
+} // namespace
+
+// eSpeak NG's start asks its audio library for a device in every output mode, which connects to the sound server (and
+// waits for one that hangs) for nothing: the samples come by callback. This function stands before that library's own
+// in the order of symbols. During our start it answers as on a machine without sound, and hands all other calls on, as
+// if it were not there. A host that loads the audio library before this one gets the connection as ever.
+extern "C" QXSPEECH_API void* create_audio_device_object(const char* device, const char* application,
+                                                         const char* description);
+
+extern "C" void* create_audio_device_object(const char* device, const char* application, const char* description)
+{
+    using Create = void* (*)(const char*, const char*, const char*);
+    if (t_withoutAudio)
+        return nullptr;
+    const auto next = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "create_audio_device_object"));
+    return next ? next(device, application, description) : nullptr;
+}
 
 namespace qxplatform
 {
@@ -18,6 +51,7 @@ int StartKeepingLocale()
 {
     const char* const current = std::setlocale(LC_CTYPE, nullptr);
     const std::string former = current ? current : "C";
+    const WithoutAudio withoutAudio;
     const int rate = espeak_Initialize(AUDIO_OUTPUT_SYNCHRONOUS, 0, nullptr, espeakINITIALIZE_DONT_EXIT);
     std::setlocale(LC_CTYPE, former.c_str());
     if (rate <= 0)
