@@ -349,6 +349,16 @@ bool MKAudioDisplay::ResumeStream()
     return stream->ResumeStream() == 0;
 }
 
+MKFailure MKAudioDisplay::GetLastFailure() const
+{
+    return stream->GetLastFailure();
+}
+
+void MKAudioDisplay::ShareFailures(const std::shared_ptr<MKFailureRecord>& record)
+{
+    stream->SetFailures(record);
+}
+
 MKAudioCapture::MKAudioCapture() : stream(new MKAudioCaptureImpl)
 {
     impl = stream;

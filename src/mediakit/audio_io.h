@@ -2,12 +2,14 @@
 #ifndef QXSPEECH_MEDIAKIT_AUDIO_IO_H
 #define QXSPEECH_MEDIAKIT_AUDIO_IO_H
 
+#include <memory>
 #include <string>
 
 #include "mediakit/mediakit.h"
 
 class MKAudioDisplayImpl;
 class MKAudioCaptureImpl;
+class MKFailureRecord;
 
 // Plays frames on one audio device, as its only stream, index 0. Made with new and deleted by whoever made it; deleting
 // closes the device. The host has started PortAudio before. Life of the stream:
@@ -57,8 +59,15 @@ public:
     // The clock stands at once; what the device holds already is still heard.
     bool PauseStream();
     bool ResumeStream();
+    // Why the device did not open or start, or what ended it while it played; none again from the next OpenStream or
+    // StartStream. Any thread.
+    MKFailure GetLastFailure() const;
 
 private:
+    friend class MKAVDisplay;
+
+    void ShareFailures(const std::shared_ptr<MKFailureRecord>& record); // of the graph, before OpenStream
+
     MKAudioDisplayImpl* stream; // the same object as impl
 };
 

@@ -69,6 +69,8 @@ bool MKAVDisplay::OpenAudio(size_t index, MKStreamParameters* params)
     }
     audio = std::make_unique<MKAudioDisplay>();
     audio->SetDevice(audioDevice);
+    if (failures)
+        audio->ShareFailures(failures);
     if (video)
         video->SetClock(audio->CreateStreamClock(0), true);
     audioIndex = index;

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "common/export.h"
 
@@ -102,6 +103,18 @@ struct MKStreamParameters {
     int32_t rateDen = 1;   // audio: 1; video: numerator of the time base
     int32_t bitRate = 0;   // bits per second, the low 32 bits
     int32_t colorSpace = MKColorSpaceYuvStudio709;
+};
+
+enum MKFailureCategory : int32_t {
+    MKFailureNone = 0,
+    MKFailureDevice = 1, // the audio device is missing, refuses, failed or no longer answers
+    MKFailureFile = 2,   // the media does not open, or holds nothing that can be played
+};
+
+// Why something did not open or came to an end before its time. A plain record, copied by value.
+struct MKFailure {
+    MKFailureCategory category = MKFailureNone;
+    std::string reason; // one English sentence, UTF-8, for a log or a person; empty for none
 };
 
 // Fills a record from a stream's codec parameters (neither owned); other media than audio and video leave it as it is.

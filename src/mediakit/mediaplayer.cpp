@@ -3,13 +3,16 @@
 
 #include "mediakit/audio_io.h"
 #include "mediakit/devicemanager.h"
+#include "mediakit/failurerecord.h"
 #include "mediakit/videodisplay.h"
 
-// The caller's thread only.
+// The caller's thread only, but for failures.
 struct MKMediaPlayer::Record {
     std::unique_ptr<MKProvider> provider; // until OpenMedia hands it over
     MKVideoSurface* surface = nullptr;    // not owned
     std::string audioDevice;
+    // shared with the display of the open graph, whose threads may set it
+    const std::shared_ptr<MKFailureRecord> failures = std::make_shared<MKFailureRecord>();
 };
 
 namespace
@@ -42,6 +45,17 @@ void ChooseStream(MKAVDisplay* display, bool audioWanted, bool videoWanted, MKSt
         params->type = MKMediaNone;
 }
 
+// A display that refused has told why already.
+void TellNotOpened(MKFailureRecord* failures, bool hasStreams, bool lacksDevice)
+{
+    if (lacksDevice)
+        failures->Set(MKFailureDevice, "There is no audio device.");
+    else if (hasStreams)
+        failures->Set(MKFailureFile, "Nothing in the media can be played.");
+    else
+        failures->Set(MKFailureFile, "The media does not open.");
+}
+
 } // namespace
 
 MKMediaPlayer::MKMediaPlayer() : record(new Record) {}
@@ -71,14 +85,25 @@ void MKMediaPlayer::SetAudioDevice(const std::string& id)
 
 bool MKMediaPlayer::OpenMedia()
 {
+    std::unique_ptr<MKProvider> provider = std::move(record->provider);
+    Close(); // before the record is cleared: what ends there may still fail
+    record->failures->Clear();
     const bool audioWanted = HasOutput(record->audioDevice);
     const bool videoWanted = record->surface != nullptr;
     MKAVDisplay* const display = new MKAVDisplay;
     display->SetAudioDevice(record->audioDevice);
     display->SetSurface(record->surface);
-    return MKTransform::Open(record->provider.release(), display, [=](MKStreamParameters* params) {
+    display->failures = record->failures;
+    bool hasStreams = false;
+    bool lacksDevice = false;
+    const bool opened = MKTransform::Open(provider.release(), display, [&](MKStreamParameters* params) {
+        hasStreams = true;
+        lacksDevice = lacksDevice || (params->type == MKMediaAudio && !audioWanted);
         ChooseStream(display, audioWanted, videoWanted, params);
     });
+    if (!opened)
+        TellNotOpened(record->failures.get(), hasStreams, lacksDevice);
+    return opened;
 }
 
 // Null without an open graph, or with a consumer of another kind.
@@ -95,6 +120,8 @@ bool MKMediaPlayer::Play()
     const MKTransformState state = GetState();
     if (state == MKTransformRunning || state == MKTransformPaused)
         return MKTransform::Start(); // which refuses; what plays is left alone
+    if (state != MKTransformClosed)
+        record->failures->Clear();
     // The device runs before the threads write to it.
     if (display->GetAudioDisplay() && !display->GetAudioDisplay()->StartStream())
         return false;
@@ -139,4 +166,9 @@ bool MKMediaPlayer::Close()
     const bool closed = MKTransform::Close();
     record->provider.reset();
     return closed;
+}
+
+MKFailure MKMediaPlayer::GetLastFailure() const
+{
+    return record->failures->Get();
 }

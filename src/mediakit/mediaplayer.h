@@ -8,6 +8,7 @@
 #include "mediakit/transform.h"
 
 class MKAudioDisplay;
+class MKFailureRecord;
 class MKVideoDisplay;
 class MKVideoSurface;
 
@@ -45,6 +46,8 @@ public:
     int Write(size_t index, MKFrame* frame) override;
 
 private:
+    friend class MKMediaPlayer; // sets failures
+
     MKConsumer* Display(size_t index) const;
     bool OpenAudio(size_t index, MKStreamParameters* params);
     bool OpenVideo(size_t index, MKStreamParameters* params);
@@ -55,13 +58,14 @@ private:
     std::unique_ptr<MKVideoDisplay> video; // null until a video stream opens; its clock reads audio
     size_t videoIndex = 0;
     MKVideoSurface* surface = nullptr;
+    std::shared_ptr<MKFailureRecord> failures; // null: each display has its own
 };
 
 // Plays one file after another: SetProvider, OpenMedia, Play, then ask GetState until it is neither Running nor Paused.
 // The first audio stream goes to the device, the first video stream to the surface, if there is one. The host makes and
-// deletes it and has started PortAudio. One thread calls, GetState also any other; the states are those of MKTransform.
-// The end of a file is seen in GetState only, up to a device's latency before its last sound is heard; the device runs
-// on until Stop, Close or the next OpenMedia.
+// deletes it and has started PortAudio. One thread calls, GetState and GetLastFailure also any other; the states are
+// those of MKTransform. The end of a file is seen in GetState only, up to a device's latency before its last sound is
+// heard; the device runs on until Stop, Close or the next OpenMedia.
 class QXSPEECH_API MKMediaPlayer : private MKTransform
 {
 public:
@@ -93,6 +97,12 @@ public:
     // Waits for a write that is under way (85 ms of sound, or a picture's time) and until the device has played what it
     // holds. What is queued is dropped.
     bool Stop() override;
+
+    // Why OpenMedia or Play was refused, or what ended the sound before its time: the device does not open, does not
+    // start, fails or is gone (also told by a thread of the graph while it plays), or the media does not open. The
+    // first failure stays until the next OpenMedia, or the next Play of what is not playing; Stop, Close and the end
+    // of the media leave it. Any thread, also while another call is under way.
+    MKFailure GetLastFailure() const;
 
     using MKTransform::GetConsumer;
     using MKTransform::GetState;

@@ -45,7 +45,10 @@ PaError ClosePaStream(PaStream* stream)
 
 } // namespace
 
-MKPortAudio::MKPortAudio(bool input) : isInput(input), inputQueue(new CircularQueue<MKFrame>(0)) {}
+MKPortAudio::MKPortAudio(bool input)
+    : isInput(input), failures(std::make_shared<MKFailureRecord>()), inputQueue(new CircularQueue<MKFrame>(0))
+{
+}
 
 MKPortAudio::~MKPortAudio()
 {
@@ -80,32 +83,49 @@ PaDeviceIndex MKPortAudio::FindDevice() const
     return paNoDevice;
 }
 
+// Records why the device cannot be used.
+int MKPortAudio::Refuse(const std::string& reason)
+{
+    failures->Set(MKFailureDevice, reason);
+    return kFailed;
+}
+
 int MKPortAudio::OpenStream(MKStreamParameters* wanted)
 {
     if (!wanted) {
         QX_LOG("Could not open audio %s stream, null pointer", Direction());
         return kInvalid;
     }
+    const bool isOpen = IsStreamOpen();
+    if (!isOpen)
+        failures->Clear();
     const PaDeviceIndex device = FindDevice();
     if (device == paNoDevice) {
         QX_LOG("Could not open audio %s stream, invalid device", Direction());
-        return kFailed;
+        return Refuse(deviceName.empty() ? "There is no audio device."
+                                         : "There is no audio device " + deviceName + ".");
     }
-    if (IsStreamOpen()) {
+    if (isOpen) {
         QX_LOG("Could not open audio %s stream, already opened", Direction());
         return kFailed;
     }
     const PaDeviceInfo* const info = Pa_GetDeviceInfo(device);
     if (!info) {
         QX_LOG("Could not open audio %s stream, invalid device info", Direction());
-        return kFailed;
+        return Refuse("The audio device is gone.");
     }
     MKAudioCandidate candidate = {};
     PaStream* const opened = Probe(device, *info, *wanted, &candidate);
     if (!opened) {
         QX_LOG("Could not open audio %s stream, null paStream", Direction());
-        return kFailed;
+        return Refuse("The audio device does not open.");
     }
+    TakeOver(opened, candidate, wanted);
+    return 0;
+}
+
+void MKPortAudio::TakeOver(PaStream* opened, const MKAudioCandidate& candidate, MKStreamParameters* wanted)
+{
     wanted->type = MKMediaAudio;
     wanted->codec = MKCodecOther;
     wanted->format = mkFormatFromPa(candidate.format);
@@ -120,7 +140,6 @@ int MKPortAudio::OpenStream(MKStreamParameters* wanted)
         paFormat = candidate.format;
     }
     Adopt(opened);
-    return 0;
 }
 
 PaStream* MKPortAudio::Probe(PaDeviceIndex device, const PaDeviceInfo& info, const MKStreamParameters& wanted,
@@ -198,10 +217,12 @@ int MKPortAudio::StartStream()
         state = MKPortAudioStarted;
         startTime = Pa_GetStreamTime(device);
     }
-    if (Pa_StartStream(device) == paNoError)
+    failures->Clear();
+    const PaError error = Pa_StartStream(device);
+    if (error == paNoError)
         return 0;
     QX_LOG("Could not start audio %s stream, Pa_StartStream failed", Direction());
-    return kFailed;
+    return Refuse(std::string("The audio device does not start: ") + Pa_GetErrorText(error) + ".");
 }
 
 int MKPortAudio::PauseStream()
@@ -356,7 +377,7 @@ int MKPortAudio::Write(MKFrame* frame)
     hasFailed = true;
     hold.unlock();
     QX_LOG("Could not write audio output stream, paError: %d", error);
-    return kFailed;
+    return Refuse(std::string("The audio device failed: ") + Pa_GetErrorText(error) + ".");
 }
 
 int64_t MKPortAudio::GetPlayTime()

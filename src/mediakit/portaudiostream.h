@@ -13,6 +13,7 @@
 #include <wx/string.h>
 
 #include "mediakit/circularqueue.h"
+#include "mediakit/failurerecord.h"
 #include "mediakit/mediakit.h"
 
 struct AVFrame;
@@ -43,6 +44,10 @@ public:
 
     // For the next OpenStream.
     void SetDevice(const std::string& id) { deviceName = id; }
+    // For the next OpenStream: a record that others share, in the place of its own.
+    void SetFailures(const std::shared_ptr<MKFailureRecord>& record) { failures = record; }
+    // Why the device did not open or start, or failed; OpenStream and StartStream clear it. Any thread.
+    MKFailure GetLastFailure() const { return failures->Get(); }
     // Tries all configurations of the device until one opens, and writes it back.
     int OpenStream(MKStreamParameters* params);
     int CloseStream();
@@ -85,12 +90,14 @@ private:
     static int OnPaStream(const void* input, void* output, unsigned long frameCount,
                           const PaStreamCallbackTimeInfo* timeInfo, PaStreamCallbackFlags flags, void* self);
 
+    int Refuse(const std::string& reason);
     wxString Direction() const { return isInput ? "input" : "output"; }
     PaDeviceIndex FindDevice() const;
     PaStream* Probe(PaDeviceIndex device, const PaDeviceInfo& info, const MKStreamParameters& wanted,
                     MKAudioCandidate* opened);
     PaStream* TryOpen(PaDeviceIndex device, const PaDeviceInfo& info, const MKAudioCandidate& candidate,
                       int32_t frames);
+    void TakeOver(PaStream* opened, const MKAudioCandidate& candidate, MKStreamParameters* wanted);
     void Adopt(PaStream* opened);
     PaStream* GetStream();
     const void* BufferOf(const AVFrame& frame);
@@ -108,6 +115,7 @@ private:
     // set before the stream opens
     std::string deviceName; // empty: the default device
     const bool isInput;
+    std::shared_ptr<MKFailureRecord> failures; // never null
 
     // set while the stream opens
     MKStreamParameters params;

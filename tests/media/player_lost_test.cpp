@@ -31,12 +31,18 @@ TEST(PlayerOnLostServer, EndsBothStreamsAndCanBeStopped)
         ASSERT_TRUE(paused.Pause());
         sink.Kill();
         EXPECT_TRUE(AwaitEnd(playing)) << "nobody calls Stop";
+        EXPECT_EQ(playing.GetLastFailure().category, MKFailureDevice);
         EXPECT_EQ(paused.GetState(), MKTransformPaused);
         paused.Resume();
         EXPECT_TRUE(AwaitEnd(paused));
         playing.Stop();
-        paused.Stop();
+        paused.Close();
+        EXPECT_EQ(paused.GetLastFailure().category, MKFailureDevice) << "it outlives the graph";
         EXPECT_FALSE(OpenFile(playing, path)) << "the device is gone";
+        EXPECT_EQ(playing.GetLastFailure().reason, "The audio device does not open.");
+        playing.SetProvider(new MKFileProvider(std::string()));
+        EXPECT_FALSE(playing.OpenMedia());
+        EXPECT_EQ(playing.GetLastFailure().category, MKFailureFile);
     }
     Pa_Terminate();
 }

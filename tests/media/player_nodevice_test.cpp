@@ -13,6 +13,7 @@ TEST(PlayerWithoutDevice, SoundAloneDoesNotOpen)
     ScratchDir dir;
     MKMediaPlayer player;
     EXPECT_FALSE(OpenFile(player, MakeWavFile(dir, "a.wav", 48000, 1, MakeTone(48000, 1, 0.2))));
+    EXPECT_EQ(player.GetLastFailure().category, MKFailureDevice);
     EXPECT_TRUE(player.Close());
 }
 
