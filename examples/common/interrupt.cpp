@@ -15,6 +15,9 @@ namespace tool
 namespace
 {
 
+// An orderly end takes tenths of a second, unless a sound server hangs: its calls come back after half a minute.
+constexpr unsigned kGraceSeconds = 3;
+
 std::atomic<bool> g_endRequested{false};
 std::atomic<bool> g_haltRequested{false};
 std::atomic<const termios*> g_terminal{nullptr};
@@ -40,6 +43,12 @@ void OnEndSignal(int)
 {
     if (g_endRequested.exchange(true))
         LeaveAtOnce();
+    alarm(kGraceSeconds);
+}
+
+void OnGraceOver(int)
+{
+    LeaveAtOnce();
 }
 
 void OnHaltSignal(int)
@@ -68,13 +77,15 @@ void InstallSignalHandlers()
 {
     Install(SIGINT, OnEndSignal);
     Install(SIGTERM, OnEndSignal);
+    Install(SIGALRM, OnGraceOver);
     if (!IsIgnored(SIGHUP))
         Install(SIGHUP, OnEndSignal);
 }
 
 void RequestEnd()
 {
-    g_endRequested = true;
+    if (!g_endRequested.exchange(true))
+        alarm(kGraceSeconds);
 }
 
 void EndAtOnce()

@@ -9,11 +9,13 @@ struct termios;
 namespace tool
 {
 
-// SIGINT and SIGTERM, and SIGHUP unless it is ignored, set the flag; so does RequestEnd. A second such signal ends the
-// process at once, for a sound server that hangs: terminal and temporary file are put in order even then.
+// SIGINT and SIGTERM, and SIGHUP unless it is ignored, set the flag; so does RequestEnd. From then on the process has
+// three seconds (SIGALRM) for an orderly end, for a sound server that hangs; a second such signal ends it at once.
+// Terminal and temporary files are put in order even then.
 void InstallSignalHandlers();
 void RequestEnd();
-// What the second signal does: for a main thread that another one keeps from an orderly end.
+// What the second signal and the end of the three seconds do: for a main thread that another one keeps from an orderly
+// end.
 [[noreturn]] void EndAtOnce();
 bool IsInterrupted();
 // Throws Failure (kExitInterrupted).
@@ -24,7 +26,7 @@ void ThrowIfInterrupted();
 bool TakeHaltRequest();
 void HaltProcess();
 
-// What the second signal has to put in order. Null: nothing. The settings must outlive their registration.
+// What they have to put in order. Null: nothing. The settings must outlive their registration.
 void RegisterTerminal(const termios* settings);
 // Files that it removes; a few at a time, further ones are passed over.
 void RegisterTemporaryFile(const std::string& path);

@@ -1,4 +1,4 @@
-// The header goes out with a length of 0 first and again, right, at the end. MIT licence.
+// The header is renewed behind each piece of sound, for a process that does not come to an orderly end. MIT licence.
 #include "wavfile.h"
 
 #include <cerrno>
@@ -65,6 +65,9 @@ void WavFile::Append(const void* samples, size_t bytes)
 {
     Check(tool::WriteAll(m_file, std::string(static_cast<const char*>(samples), bytes)));
     m_bytes += static_cast<uint32_t>(bytes);
+    const std::string header = WavHeader(m_format, m_bytes);
+    // What cannot be written here is told by Finish.
+    [[maybe_unused]] const ssize_t written = pwrite(m_file, header.data(), header.size(), 0);
 }
 
 void WavFile::Finish()

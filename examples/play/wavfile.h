@@ -23,8 +23,8 @@ std::string WavHeader(const WavFormat& format, uint32_t sampleBytes);
 // Sample bytes that fit one file, with its header.
 constexpr uint64_t kMaxWavBytes = 0xffffffffU - 36;
 
-// Replaces the file and has a header that counts what is in it once Finish was called. Everything throws Failure
-// (kExitFile) when the system refuses.
+// Replaces the file; its header counts what is in it, behind each Append. Everything throws Failure (kExitFile) when
+// the system refuses; Finish does for a header that cannot be written.
 class WavFile
 {
 public:

@@ -730,26 +730,37 @@ TEST_F(SayCloudSink, ServerThatDiesIsOneLine)
 }
 
 #if QX_HAS_LOCAL_ENGINE
-TEST_F(SayCloudSink, ServerThatHangsEndsTheLocalSpeech)
+TEST_F(SayCloudSink, ServerThatHangsEndsTheLocalSpeechAndHoldsUpNoInterrupt)
 {
     unsetenv("ALSA_CONFIG_PATH");
-    PulseSink sink;
-    if (!sink.Ok())
-        GTEST_SKIP() << sink.Why();
-    ChildProcess say = Say(kLocal, {"--progress", LongText()});
-    bool frozen = false;
-    say.onTerminal = true;
-    say.type = [&](const std::string& err) {
-        if (!frozen && Holds(err, "playing, 0.4 s")) {
-            sink.Freeze();
-            frozen = true;
+    for (const bool interrupts : {false, true}) {
+        PulseSink sink;
+        if (!sink.Ok())
+            GTEST_SKIP() << sink.Why();
+        ChildProcess say = Say(kLocal, {"--progress", LongText()});
+        std::chrono::steady_clock::time_point frozen;
+        bool sent = false;
+        say.onTerminal = true;
+        say.type = [&](const std::string& err) {
+            if (frozen.time_since_epoch().count() == 0 && Holds(err, "playing, 0.4 s")) {
+                sink.Freeze();
+                frozen = std::chrono::steady_clock::now();
+            }
+            return std::string();
+        };
+        say.whileRunning = [&](pid_t pid) {
+            if (interrupts && !sent && frozen.time_since_epoch().count() != 0)
+                sent = kill(pid, SIGINT) == 0;
+        };
+        const Result result = say.Run();
+        EXPECT_NE(frozen.time_since_epoch().count(), 0) << result.err;
+        EXPECT_EQ(result.status, interrupts ? 130 : 3) << result.err;
+        EXPECT_EQ(Holds(result.err, "the audio device does not answer"), !interrupts) << result.err;
+        if (interrupts) {
+            EXPECT_LT(std::chrono::steady_clock::now() - frozen, std::chrono::seconds(25)) << "as its calls take";
+            EXPECT_TRUE(result.terminalRestored);
         }
-        return std::string();
-    };
-    const Result result = say.Run();
-    EXPECT_TRUE(frozen) << result.err;
-    EXPECT_EQ(result.status, 3) << result.err;
-    EXPECT_TRUE(Holds(result.err, "the audio device does not answer")) << result.err;
+    }
 }
 #endif
 
