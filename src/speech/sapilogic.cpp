@@ -26,6 +26,43 @@ const ErrorText kErrorTexts[] = {
     {0x80045093, wxTRANSLATE("No given voice is found")},
 };
 
+struct FailureKind {
+    DWORD code;
+    wxTTSFailureCategory category;
+    const char* message;
+};
+
+const char kDeviceRefuses[] = wxTRANSLATE("The audio device does not open.");
+const char kNoDevice[] = wxTRANSLATE("There is no audio device.");
+const char kNoFile[] = wxTRANSLATE("The file cannot be read.");
+const char kNoVoice[] = wxTRANSLATE("There is no voice for this text.");
+
+const FailureKind kFailureKinds[] = {
+    {0x80045006, wxTTS_FAILURE_DEVICE, kDeviceRefuses},
+    {0x80045007, wxTTS_FAILURE_DEVICE, kNoDevice},
+    {0x80045008, wxTTS_FAILURE_DEVICE, kDeviceRefuses}, // not enabled
+    {0x80045009, wxTTS_FAILURE_DEVICE, kNoDevice},      // no driver
+    {0x80070002, wxTTS_FAILURE_TEXT, kNoFile},
+    {0x80070003, wxTTS_FAILURE_TEXT, kNoFile},
+    {0x80070005, wxTTS_FAILURE_TEXT, kNoFile},
+    {0x80045042, wxTTS_FAILURE_TEXT, wxTRANSLATE("The markup of the text is malformed.")},
+    {0x80045089, wxTTS_FAILURE_TEXT, wxTRANSLATE("There is no text to speak.")},
+    {0x80045088, wxTTS_FAILURE_TOO_LONG, wxTRANSLATE("The text is too long for the voice.")},
+    {0x80045059, wxTTS_FAILURE_VOICE, kNoVoice},
+    {0x80045093, wxTTS_FAILURE_VOICE, kNoVoice},
+};
+
+constexpr DWORD kFacilityMask = 0x1FFF0000;
+constexpr DWORD kAudioFacility = 0x08890000;
+
+wxTTSFailure Failure(wxTTSFailureCategory category, const wxString& message)
+{
+    wxTTSFailure failure;
+    failure.category = category;
+    failure.message = message;
+    return failure;
+}
+
 constexpr HRESULT kInvalidTokenId = static_cast<HRESULT>(0x80045041u);
 
 // The value of a hexadecimal digit, -1 for any other character.
@@ -118,6 +155,28 @@ bool qxSplitTokenId(const wxString& id, HKEY& root, wxString& key)
         return false;
     key = id.Mid(backslash + 1);
     return true;
+}
+
+wxTTSFailure qxSapiFailure(HRESULT hr, bool hasBegun, const wxString& outputFile)
+{
+    const DWORD code = static_cast<DWORD>(hr);
+    const bool isAudio = (code & kFacilityMask) == kAudioFacility;
+    if (hasBegun && (isAudio || hr == SPERR_DEVICE_BUSY))
+        return Failure(wxTTS_FAILURE_DEVICE, _("The audio device is no longer available."));
+    for (const FailureKind& kind : kFailureKinds) {
+        if (kind.code == code)
+            return Failure(kind.category, wxGetTranslation(kind.message));
+    }
+    if (isAudio)
+        return Failure(wxTTS_FAILURE_DEVICE, wxGetTranslation(kDeviceRefuses));
+    if (hasBegun && !outputFile.empty())
+        return qxUnwritable(outputFile);
+    return Failure(wxTTS_FAILURE_OTHER, wxString::Format(_("The speech system failed with code 0x%08x."), code));
+}
+
+wxTTSFailure qxUnwritable(const wxString& outputFile)
+{
+    return Failure(wxTTS_FAILURE_STORAGE, wxString::Format(_("The file %s cannot be written."), outputFile));
 }
 
 wxString qxGetSAPIErrorDesc(HRESULT hr)

@@ -8,6 +8,8 @@
 
 #include <wx/string.h>
 
+#include "speech/speechfailure.h"
+
 // What a transformation of this "Input format" (compared with case) has to do, before the properties add their bits.
 int qxSapiTransformerOptions(const wxString& inputFormat);
 
@@ -28,6 +30,13 @@ HRESULT qxParseSapiLanguage(const wxString& value, DWORD& language);
 // Splits a token's id into the registry's root and the key below it. False for any root but the machine's and the
 // user's.
 bool qxSplitTokenId(const wxString& id, HKEY& root, wxString& key);
+
+// What a speech suffered from. hasBegun: it may have been heard or written in part, as a call that waits for the end
+// cannot tell from one that was refused; outputFile: where it went then, empty for the device.
+wxTTSFailure qxSapiFailure(HRESULT hr, bool hasBegun, const wxString& outputFile);
+
+// The output file does not open, or has no room.
+wxTTSFailure qxUnwritable(const wxString& outputFile);
 
 // The translated text of a failure code; empty for success. Logs the code of every failure.
 wxString qxGetSAPIErrorDesc(HRESULT hr);

@@ -73,7 +73,7 @@ struct wxTTSSapiHandler::Output {
 };
 
 struct wxTTSSapiHandler::Engine {
-    Engine() = default;
+    explicit Engine(wxTTSSapiHandler* handler) : owner(handler) {}
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
     ~Engine()
@@ -90,18 +90,25 @@ struct wxTTSSapiHandler::Engine {
     // Gives the voice its former output back, which completes the file.
     void CloseOutput();
     void TakeEvents();
+    // The voice has come to the end of its speech: was it before its time?
+    void NoteEnd();
+    bool ChooseVoice(const wxString& name);
+    bool BindOutput(const wxString& outputFile);
     static void WINAPI OnNotice(WPARAM, LPARAM handler)
     {
         reinterpret_cast<wxTTSSapiHandler*>(handler)->m_engine->TakeEvents();
     }
 
-    ISpVoice* voice = nullptr; // owned; null until Initialize succeeds
-    Output* output = nullptr;  // owned; present while speech goes to a file
+    wxTTSSapiHandler* const owner; // has this object
+    ISpVoice* voice = nullptr;     // owned; null until Initialize succeeds
+    Output* output = nullptr;      // owned; present while speech goes to a file
     bool writingToFile = false;
+    wxString boundFile;    // where the last speech goes, also when the handler has let go of it; empty: the device
     bool speaking = false; // from a speak call until the notice of its end
     int pauseCount = 0;    // Pause calls not yet answered by Resume
     wxString defaultVoiceName;
     wxString lastVoiceName; // the name last chosen by a speak call, also if its token failed
+    bool lastVoiceWorks = false;
     // the installed voices, in parallel: description, token id, locale name
     wxArrayString voiceNames;
     wxArrayString voiceTokenIds;
@@ -127,13 +134,24 @@ void wxTTSSapiHandler::Engine::TakeEvents()
         if (event.eEventId == SPEI_END_INPUT_STREAM) {
             speaking = false;
             pauseCount = 0;
+            NoteEnd();
         }
         FreeEventParameter(event);
         event = {};
     }
 }
 
-wxTTSSapiHandler::wxTTSSapiHandler() : wxTTSHandler(kSapiId, _("Microsoft SAPI")), m_engine(new Engine)
+void wxTTSSapiHandler::Engine::NoteEnd()
+{
+    if (output && !output->stream)
+        return; // told already
+    SPVOICESTATUS status = {};
+    if (!voice || FAILED(voice->GetStatus(&status, nullptr)) || SUCCEEDED(status.hrLastResult))
+        return;
+    owner->SetFailure(qxSapiFailure(status.hrLastResult, true, boundFile));
+}
+
+wxTTSSapiHandler::wxTTSSapiHandler() : wxTTSHandler(kSapiId, _("Microsoft SAPI")), m_engine(new Engine(this))
 {
     CreateCommonProperties(50, wxTTS_QUANTITY_PERCENT, kWebSite);
 }
@@ -234,10 +252,12 @@ bool wxTTSSapiHandler::DoSpeak(const wxString& text, bool isFile, int options, c
 {
     if (IsSpeaking() || IsPaused())
         Stop();
+    ClearFailure();
     if (!m_engine->voice)
-        return false;
+        return SetFailure(wxTTS_FAILURE_OTHER, _("The speech system is not available."));
     DeleteTempFile();
     m_options = options;
+    m_engine->boundFile.clear();
 
     const wxString format = GetPropertyString("Input format");
     const int transformerOptions = qxSapiTransformerOptions(format) | CreateTransformerOptions(0);
@@ -254,12 +274,14 @@ bool wxTTSSapiHandler::DoSpeak(const wxString& text, bool isFile, int options, c
         input = qxWrapSsml(input, index == wxNOT_FOUND ? wxString("en-US")
                                                        : m_engine->voiceLanguages[static_cast<size_t>(index)]);
     }
-    if (!outputFile.empty())
-        BindOutput(outputFile);
+    const bool bound = outputFile.empty() || BindOutput(outputFile);
 
     const HRESULT hr = m_engine->voice->Speak(input.wc_str(), flags, nullptr);
-    if (FAILED(hr))
+    if (FAILED(hr)) {
+        if (bound)
+            SetFailure(qxSapiFailure(hr, (flags & SPF_ASYNC) == 0, m_engine->boundFile));
         return Fail(qxGetSAPIErrorDesc(hr));
+    }
     m_engine->speaking = true;
     if (m_engine->writingToFile) {
         if (options & wxTTS_SPEAK_WAIT)
@@ -272,17 +294,25 @@ bool wxTTSSapiHandler::DoSpeak(const wxString& text, bool isFile, int options, c
 
 // A name that is not in the list leaves the voice as it was. A listed one counts as chosen even if its token fails, so
 // that it is not tried at every speech.
+bool wxTTSSapiHandler::Engine::ChooseVoice(const wxString& name)
+{
+    if (name == lastVoiceName)
+        return lastVoiceWorks;
+    const int index = voiceNames.Index(name);
+    if (index == wxNOT_FOUND)
+        return false;
+    lastVoiceName = name;
+    QXComHolder<ISpObjectToken> token;
+    lastVoiceWorks = SUCCEEDED(qxTokenFromId(voiceTokenIds[static_cast<size_t>(index)], &token.object)) &&
+                     SUCCEEDED(voice->SetVoice(token.object));
+    return lastVoiceWorks;
+}
+
+// Without the wanted voice the speech goes on with the last one: only the failure record tells.
 void wxTTSSapiHandler::ApplyVoice(const wxString& name)
 {
-    if (name.empty() || name == m_engine->lastVoiceName)
-        return;
-    const int index = m_engine->voiceNames.Index(name);
-    if (index == wxNOT_FOUND)
-        return;
-    m_engine->lastVoiceName = name;
-    QXComHolder<ISpObjectToken> token;
-    if (SUCCEEDED(qxTokenFromId(m_engine->voiceTokenIds[static_cast<size_t>(index)], &token.object)))
-        m_engine->voice->SetVoice(token.object);
+    if (!name.empty() && !m_engine->ChooseVoice(name))
+        SetFailure(wxTTS_FAILURE_VOICE, wxString::Format(_("There is no voice %s."), name));
 }
 
 void wxTTSSapiHandler::ApplyRates()
@@ -305,25 +335,32 @@ wxString wxTTSSapiHandler::PrepareInput(const wxString& text, bool isFile, int t
     return result;
 }
 
-// A file that cannot be bound is not reported: the speech goes to the voice's former output, and the call counts as
-// file output all the same.
-void wxTTSSapiHandler::BindOutput(const wxString& outputFile)
+bool wxTTSSapiHandler::Engine::BindOutput(const wxString& outputFile)
 {
-    m_engine->CloseOutput();
-    Output* const output = new Output;
-    m_engine->output = output;
-    m_engine->writingToFile = true;
-    if (m_engine->voice->GetOutputStream(&output->previousOutput) != S_OK)
-        return;
+    if (voice->GetOutputStream(&output->previousOutput) != S_OK)
+        return false;
     output->waveFormat = NewOutputFormat();
     output->formatId = SPDFID_WaveFormatEx;
     if (!output->waveFormat || FAILED(qxCreateInstance(CLSID_SpStream, IID_ISpStream, &output->stream)))
-        return;
+        return false;
     if (FAILED(output->stream->BindToFile(outputFile.wc_str(), SPFM_CREATE_ALWAYS, &output->formatId,
-                                          output->waveFormat, SPFEI_ALL_EVENTS)))
+                                          output->waveFormat, SPFEI_ALL_EVENTS))) {
         output->ReleaseStream();
-    else
-        m_engine->voice->SetOutput(output->stream, TRUE);
+        return false;
+    }
+    voice->SetOutput(output->stream, TRUE);
+    boundFile = outputFile;
+    return true;
+}
+
+// A file that cannot be bound is told by the failure record alone, whatever else fails: the speech goes to the voice's
+// former output, and the call counts as file output all the same.
+bool wxTTSSapiHandler::BindOutput(const wxString& outputFile)
+{
+    m_engine->CloseOutput();
+    m_engine->output = new Output;
+    m_engine->writingToFile = true;
+    return m_engine->BindOutput(outputFile) || SetFailure(qxUnwritable(outputFile));
 }
 
 // The host's events run meanwhile: they may stop the speech, or shut the handler down.
@@ -332,6 +369,7 @@ void wxTTSSapiHandler::WaitForOutput()
     do
         wxYield();
     while (m_engine->voice && m_engine->voice->WaitUntilDone(kPollMs) != S_OK);
+    m_engine->NoteEnd();
     m_engine->speaking = false;
 }
 
@@ -341,6 +379,7 @@ bool wxTTSSapiHandler::IsSpeaking() const
         return m_engine->speaking;
     if (!(m_options & wxTTS_SPEAK_ASYNC) || m_engine->voice->WaitUntilDone(kPollMs) != S_OK)
         return true;
+    m_engine->NoteEnd();
     m_engine->CloseOutput();
     m_engine->speaking = false;
     return false;

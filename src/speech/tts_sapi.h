@@ -17,7 +17,9 @@ enum wxTTSSpeakOption : int {
 // Until Initialize has succeeded it lists no voices and every speak call answers false without a message.
 //
 // Speed -10 to 10 and volume 0 to 100 are the voice's own; "Pitch" is kept but not applied. Pauses count: as many
-// Resume calls end them. The only failure that has a message is that of the voice's own speak call.
+// Resume calls end them. The only failure that has a message is that of the voice's own speak call. GetLastFailure
+// tells more: a device that is lost, or a file that cannot be written on, as soon as the end of the speech is noticed;
+// an output file that does not open and a voice that is not installed, for which the speech goes elsewhere.
 class QXSPEECH_API wxTTSSapiHandler : public wxTTSHandler
 {
     wxDECLARE_DYNAMIC_CLASS(wxTTSSapiHandler);
@@ -71,7 +73,7 @@ private:
     void ApplyVoice(const wxString& name);
     void ApplyRates();
     wxString PrepareInput(const wxString& text, bool isFile, int transformerOptions);
-    void BindOutput(const wxString& outputFile);
+    bool BindOutput(const wxString& outputFile);
     void WaitForOutput();
     QXTTSVoiceInfo DescribeVoice(const wxString& name, const wxString& language) const;
 

@@ -55,6 +55,11 @@ bool AwaitEnd(wxTextToSpeech& engine)
     return true;
 }
 
+wxTTSFailure Failure(const wxTextToSpeech& engine)
+{
+    return engine.GetCurrentHandler()->GetLastFailure();
+}
+
 const char kText[] = "Two sentences are spoken here. This is the second one.";
 
 } // namespace
@@ -105,6 +110,7 @@ TEST_F(LocalEngine, ChosenVoiceAndRatesAreHeard)
     engine.SetVoice(nobody);
     ASSERT_TRUE(engine.Speak(numbers, wxTTS_SPEAK_WAIT, Path("same.wav")));
     EXPECT_NEAR(Seconds("same.wav"), Seconds("fast.wav"), 0.1);
+    EXPECT_EQ(Failure(engine).message, "There is no voice Nobody.");
     EXPECT_FALSE(engine.GetDefaultVoice().GetName().empty());
 }
 
@@ -113,12 +119,16 @@ TEST_F(LocalEngine, RefusalsHaveWords)
     wxTextToSpeech& engine = Engine();
     EXPECT_FALSE(engine.SpeakFile(Path("none.txt"), wxTTS_SPEAK_WAIT, Path("a.wav")));
     EXPECT_EQ(engine.GetLastErrorMessage(), "Cannot generate SAPI voice. Error Code: -2147024894");
+    EXPECT_EQ(Failure(engine).message, "The file cannot be read.");
     EXPECT_FALSE(engine.Speak("<sapi><emph>x</sapi>", wxTTS_SPEAK_WAIT, Path("a.wav")));
     EXPECT_EQ(engine.GetLastErrorMessage(), "The xml parser failed due to bad syntax.");
     EXPECT_FALSE(engine.Speak("", wxTTS_SPEAK_WAIT, Path("a.wav")));
     EXPECT_EQ(engine.GetLastErrorMessage(), "The string cannot be empty.");
     EXPECT_FALSE(engine.Speak("No PortAudio was started.", wxTTS_SPEAK_ASYNC, ""));
     EXPECT_EQ(engine.GetLastErrorMessage(), "The wave device is not supported.");
+    EXPECT_EQ(Failure(engine).message, "There is no audio device.");
+    EXPECT_FALSE(engine.Speak(kText, wxTTS_SPEAK_WAIT, "/dev/full"));
+    EXPECT_EQ(Failure(engine).message, "The file /dev/full cannot be written.") << "whatever became of it then";
 }
 
 // Under the leak checker nothing of an earlier life may stay.
@@ -168,6 +178,12 @@ TEST_F(LocalEngine, SpeechOnTheDeviceEndsByItself)
         EXPECT_TRUE(AwaitEnd(engine));
         EXPECT_FALSE(engine.Skip(1, wxTTS_SKIP_SENTENCE));
         EXPECT_GT(LoudStretches(recording.Stop(), 0.3).size(), 1u);
+
+        ASSERT_TRUE(engine.Speak(kText, wxTTS_SPEAK_ASYNC, ""));
+        EXPECT_EQ(Failure(engine).category, wxTTS_FAILURE_NONE);
+        sink.Kill();
+        EXPECT_TRUE(AwaitEnd(engine));
+        EXPECT_EQ(Failure(engine).message, "The audio device is no longer available.");
         QXSingleton<QXTextToSpeech>::DestroyInstance(); // before PortAudio ends
     }
     Pa_Terminate();

@@ -75,6 +75,7 @@ static_assert(SPFEI_ALL_EVENTS == 0xEFFFFFFFFFFFFFFFull, "all events");
 static_assert(SPFEI(SPEI_END_INPUT_STREAM) == 0x240000004ull, "one event");
 static_assert(SPET_LPARAM_IS_UNDEFINED == 0 && SPET_LPARAM_IS_TOKEN == 1 && SPET_LPARAM_IS_OBJECT == 2, "kinds");
 static_assert(SPET_LPARAM_IS_POINTER == 3 && SPET_LPARAM_IS_STRING == 4, "kinds of event parameter");
+static_assert(SPRS_DONE == 1 && SPRS_IS_SPEAKING == 2, "running states");
 static_assert(SPVPRI_NORMAL == 0 && SPVPRI_ALERT == 1 && SPVPRI_OVER == 2, "priorities");
 static_assert(SPF_DEFAULT == 0 && SPF_ASYNC == 1 && SPF_PURGEBEFORESPEAK == 2 && SPF_IS_FILENAME == 4, "flags");
 static_assert(SPF_IS_XML == 8 && SPF_IS_NOT_XML == 16 && SPF_PERSIST_XML == 32 && SPF_NLP_SPEAK_PUNC == 64, "flags");
@@ -145,6 +146,10 @@ struct Arguments {
     a.hr = voice->Speak(nullptr, DWORD(SPF_PURGEBEFORESPEAK), &a.count);
     a.hr = voice->WaitUntilDone(ULONG(10));
     a.hr = voice->WaitUntilDone(INFINITE);
+    SPVOICESTATUS status = {};
+    a.hr = voice->GetStatus(&status, &a.text);
+    a.hr = status.hrLastResult;
+    a.count = status.ulCurrentStream + status.ulLastStreamQueued;
     a.hr = voice->Pause();
     a.hr = voice->Resume();
     a.hr = voice->Skip(L"Sentence", a.rate, &a.count);

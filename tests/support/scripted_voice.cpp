@@ -134,6 +134,11 @@ public:
     {
         return m_speech.Called("Speak", Text(text) + " " + std::to_string(flags) + (streamNumber ? " number" : ""));
     }
+    HRESULT GetStatus(SPVOICESTATUS* status, LPWSTR*) override
+    {
+        *status = {1, 1, m_speech.lastResult, SPRS_DONE};
+        return S_OK;
+    }
     HRESULT Skip(LPCWSTR itemType, LONG count, ULONG* skipped) override
     {
         *skipped = 0;

@@ -43,6 +43,7 @@ public:
     // What the voice says of itself.
     LONG rate = 3;
     USHORT volume = 70;
+    HRESULT lastResult = S_OK; // of GetStatus
     std::wstring voiceTokenId; // Anna's; empty: GetVoice fails
     // Token of one of the three names.
     static std::wstring TokenId(const std::wstring& name);

@@ -268,8 +268,14 @@ HRESULT SpVoice::Speak(LPCWSTR text, DWORD flags, ULONG* streamNumber)
         settings = m_settings;
     }
     std::shared_ptr<Utterance> utterance;
-    const HRESULT hr = MakeUtterance(text, flags, settings, utterance);
-    return FAILED(hr) ? hr : Queue(utterance, flags, streamNumber);
+    HRESULT hr = MakeUtterance(text, flags, settings, utterance);
+    if (SUCCEEDED(hr))
+        hr = Queue(utterance, flags, streamNumber);
+    if (FAILED(hr)) {
+        VoiceState::Lock lock(SpeechLock());
+        m_state->lastResult = hr;
+    }
+    return hr;
 }
 
 HRESULT SpVoice::MakeUtterance(LPCWSTR given, DWORD flags, const Settings& settings,
@@ -330,6 +336,7 @@ HRESULT SpVoice::Queue(const std::shared_ptr<Utterance>& utterance, DWORD flags,
     if (!AddToSynthesizer(m_state) || !EnsurePlayer(m_state))
         return E_OUTOFMEMORY;
     utterance->stream = ++m_lastStream;
+    state.lastResult = S_OK;
     state.utterances.push_back(utterance);
     state.changed.notify_all();
     WakeSynthesizer();
@@ -356,6 +363,23 @@ HRESULT SpVoice::AwaitOutput(VoiceState::Lock& lock, const std::shared_ptr<Utter
     if (!known)
         state.Finish(utterance, SPERR_DEVICE_BUSY);
     return utterance->output == OutputState::Failed ? utterance->result : S_OK;
+}
+
+HRESULT SpVoice::GetStatus(SPVOICESTATUS* status, LPWSTR* lastBookmark)
+{
+    if (!status)
+        return E_POINTER;
+    if (lastBookmark)
+        *lastBookmark = nullptr;
+    VoiceState::Lock lock(SpeechLock());
+    const std::deque<std::shared_ptr<Utterance>>& all = m_state->utterances;
+    status->ulCurrentStream = all.empty() ? m_lastStream : all.front()->stream;
+    status->ulLastStreamQueued = m_lastStream;
+    status->hrLastResult = m_state->lastResult;
+    status->dwRunningState = static_cast<DWORD>(all.empty() ? SPRS_DONE : SPRS_IS_SPEAKING);
+    if (m_lastStream == 0)
+        status->dwRunningState = 0;
+    return S_OK;
 }
 
 HRESULT SpVoice::Skip(LPCWSTR itemType, LONG count, ULONG* skipped)

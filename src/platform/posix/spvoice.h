@@ -27,7 +27,8 @@ namespace qxvoice
 //   0x80045089 / 0x80045093                  no character at all / no voice meets what the text requires
 //   SPERR_UNINITIALIZED                      the bound stream has been closed
 //   E_INVALIDARG                             flags that are not supported (SPF_PERSIST_XML) or contradict each other
-// On a failure, earlier speech goes on as if the call had not been made.
+// On a failure, earlier speech goes on as if the call had not been made. What ends a speech later, a device that is
+// gone (SPERR_DEVICE_BUSY) or a full disk, is GetStatus' hrLastResult until the next Speak; a purge leaves it.
 class SpVoice final : public qxplatform::ComObject<ISpVoice, IID_ISpVoice>
 {
 public:
@@ -44,6 +45,8 @@ public:
     HRESULT SetVoice(ISpObjectToken* token) override;
     HRESULT GetVoice(ISpObjectToken** token) override;
     HRESULT Speak(LPCWSTR text, DWORD flags, ULONG* streamNumber) override;
+    // lastBookmark stays null: bookmarks come with their events.
+    HRESULT GetStatus(SPVOICESTATUS* status, LPWSTR* lastBookmark) override;
     HRESULT Skip(LPCWSTR itemType, LONG count, ULONG* skipped) override;
     HRESULT SetPriority(SPVPRIORITY priority) override;
     HRESULT SetAlertBoundary(SPEVENTENUM boundary) override;

@@ -72,6 +72,8 @@ void VoiceState::Finish(const std::shared_ptr<Utterance>& utterance, HRESULT res
     ++utterance->generation;
     utterance->done = true;
     utterance->result = result;
+    if (FAILED(result))
+        lastResult = result;
     if (FAILED(result) && !utterance->accepted)
         utterance->output = OutputState::Failed; // also while Speak, which saw it work, has still to answer
     if (utterance->accepted || SUCCEEDED(result))

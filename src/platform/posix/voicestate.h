@@ -74,6 +74,7 @@ public:
 
     std::deque<std::shared_ptr<Utterance>> utterances; // the first one is spoken
     int pauseCount = 0;                                // 0 whenever nothing is queued
+    HRESULT lastResult = S_OK;                         // of the last Speak, or of what failed since
     uint64_t lastServed = 0;                           // turn in which the synthesizer last worked for this voice
 
     // The player: one thread at a time; its number changes when it is given up.

@@ -60,6 +60,17 @@ struct SPEVENT {
 
 enum SPVPRIORITY { SPVPRI_NORMAL = 0, SPVPRI_ALERT = 1, SPVPRI_OVER = 2 };
 
+// SPVOICESTATUS::dwRunningState; 0 before the first speech and while a speech waits.
+enum SPRUNSTATE { SPRS_DONE = 1, SPRS_IS_SPEAKING = 2 };
+
+// What a voice tells of itself, as far as the library reads it.
+struct SPVOICESTATUS {
+    ULONG ulCurrentStream;    // number of the stream that is spoken, or was last
+    ULONG ulLastStreamQueued; // 0 before the first
+    HRESULT hrLastResult;     // of the last Speak, also of what ended its speech later
+    DWORD dwRunningState;     // bits of SPRUNSTATE
+};
+
 enum SPEAKFLAGS {
     SPF_DEFAULT = 0,
     SPF_ASYNC = 1 << 0,
@@ -170,6 +181,8 @@ public:
     virtual HRESULT SetVoice(ISpObjectToken* token) = 0;
     virtual HRESULT GetVoice(ISpObjectToken** token) = 0;
     virtual HRESULT Speak(LPCWSTR text, DWORD flags, ULONG* streamNumber) = 0;
+    // lastBookmark may be null; else it is allocated by the COM allocator and the caller frees it.
+    virtual HRESULT GetStatus(SPVOICESTATUS* status, LPWSTR* lastBookmark) = 0;
     virtual HRESULT Skip(LPCWSTR itemType, LONG count, ULONG* skipped) = 0;
     virtual HRESULT SetPriority(SPVPRIORITY priority) = 0;
     virtual HRESULT SetAlertBoundary(SPEVENTENUM boundary) = 0;

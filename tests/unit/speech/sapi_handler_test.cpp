@@ -325,10 +325,18 @@ TEST_F(SapiHandler, FailureOfSpeakIsReportedInWords)
     const LogCapture log;
     EXPECT_FALSE(handler->Speak("<a>", 0, ""));
     EXPECT_EQ(handler->GetLastErrorMessage(), "The xml parser failed due to bad syntax.");
+    EXPECT_EQ(handler->GetLastFailure().category, wxTTS_FAILURE_TEXT);
     EXPECT_FALSE(handler->IsSpeaking());
     EXPECT_EQ(log.records.size(), 1u);
     Speak("fine", 0);
     EXPECT_EQ(handler->GetLastErrorMessage(), "The xml parser failed due to bad syntax.") << "a success clears nothing";
+    EXPECT_EQ(handler->GetLastFailure().category, wxTTS_FAILURE_NONE) << "but the record";
+    const LogCapture again;
+    speech.Answer("Speak", {S_OK, SPERR_DEVICE_BUSY, SPERR_DEVICE_BUSY}); // first the purge
+    handler->Speak("refused", wxTTS_SPEAK_ASYNC, "");
+    EXPECT_EQ(handler->GetLastFailure().message, "The audio device does not open.");
+    handler->Speak("heard in part, for all that is known", 0, "");
+    EXPECT_EQ(handler->GetLastFailure().message, "The audio device is no longer available.");
 }
 
 TEST_F(SapiHandler, NoticeOfTheEndArrivesWithTheHostsEvents)

@@ -78,9 +78,11 @@ TEST_F(SapiOutput, CloseOptionClosesBehindTheCall)
                 ElementsAre("GetOutputStream", "stream made", kBind, "SetOutput stream 1", "Speak hello 2",
                             "stream gone", "SetOutput device 0"));
     EXPECT_TRUE(handler.IsSpeaking()) << "the notice of the end is still to come";
+    speech.lastResult = static_cast<HRESULT>(0x80070070u); // the disk is full
     speech.PostEnd();
     wxYield();
     EXPECT_FALSE(handler.IsSpeaking());
+    EXPECT_EQ(handler.GetLastFailure().category, wxTTS_FAILURE_STORAGE);
 }
 
 TEST_F(SapiOutput, WaitOptionServesTheHostUntilTheFileIsComplete)
@@ -125,6 +127,7 @@ TEST_F(SapiOutput, FileThatCannotBeBoundIsNotReported)
         SpeakToFile(wxTTS_SPEAK_CLOSE_OUTPUT),
         ElementsAre("GetOutputStream", "stream made", kBind, "stream gone", "Speak hello 2", "SetOutput device 0"));
     EXPECT_EQ(handler.GetLastErrorMessage(), "");
+    EXPECT_EQ(handler.GetLastFailure().message, "The file out.wav cannot be written.") << "but by the record";
 }
 
 TEST_F(SapiOutput, VoiceWithoutOutputOrStreamsStillSpeaks)
