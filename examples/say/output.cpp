@@ -14,6 +14,7 @@
 #include <wx/filename.h>
 
 #include "../common/interrupt.h"
+#include "audiofile.h"
 #include "console.h"
 #include "exitstatus.h"
 #include "leftovers.h"
@@ -74,35 +75,6 @@ std::string ResolveLinks(const std::string& path)
     std::string result = resolved ? resolved : path;
     std::free(resolved);
     return result;
-}
-
-// The first bytes, fewer if there are no more.
-std::string HeadOf(const std::string& path)
-{
-    char bytes[12];
-    const File file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    const ssize_t count = file < 0 ? 0 : read(file, bytes, sizeof(bytes));
-    return std::string(bytes, count > 0 ? static_cast<size_t>(count) : 0);
-}
-
-// Empty for what is neither.
-wxString AudioFormat(const std::string& head)
-{
-    if (head.compare(0, 4, "RIFF") == 0)
-        return "WAV";
-    const bool isFrame = head.size() > 1 && head[0] == '\xFF' && (head[1] & 0xE0) == 0xE0;
-    return isFrame || head.compare(0, 3, "ID3") == 0 ? "MP3" : "";
-}
-
-// What a WAV file's head announces; 0 for another file.
-uint64_t AnnouncedBytes(const std::string& head)
-{
-    if (AudioFormat(head) != "WAV" || head.size() < 8)
-        return 0;
-    uint64_t size = 8;
-    for (size_t byte = 0; byte < 4; ++byte)
-        size += static_cast<uint64_t>(static_cast<unsigned char>(head[4 + byte])) << (8 * byte);
-    return size;
 }
 
 // The library takes paths as Unicode text.
@@ -227,12 +199,14 @@ void OutputTarget::RequireRoom() const
 void OutputTarget::RequireAudio(const wxString& engine) const
 {
     const uint64_t size = SpeechBytes();
-    const bool isWhole = size > 0 && size >= AnnouncedBytes(HeadOf(m_temporary));
+    const bool isWhole = size >= AnnouncedBytes(m_temporary);
     RequireRoom();
     if (size == 0)
         throw Failure{kExitRefused, engine + " gave no audio"};
     if (!isWhole)
         throw Failure{kExitFile, m_name + ": the speech could not be written whole"};
+    if (!HoldsSound(m_temporary))
+        throw Failure{kExitRefused, engine + " gave an answer that is no audio"};
 }
 
 uint64_t OutputTarget::SpeechBytes() const
@@ -258,7 +232,7 @@ void OutputTarget::WarnOfExtension() const
 {
     wxString extension;
     wxFileName::SplitPath(m_name, nullptr, nullptr, &extension);
-    const wxString format = AudioFormat(HeadOf(m_temporary));
+    const wxString format = AudioFormatOf(m_temporary);
     for (const char* known : {"wav", "mp3", "ogg", "oga", "opus", "flac", "m4a", "aac"})
         if (!format.empty() && extension.CmpNoCase(known) == 0 && extension.CmpNoCase(format) != 0)
             PrintError("warning: " + m_name + " holds " + format + " data, not " + extension);

@@ -34,8 +34,8 @@ public:
     void WriteText(const std::string& bytes);
     // Throws Failure (kExitFile) if the engine has no room to write on.
     void RequireRoom() const;
-    // For engines that answer well without audio, or with less than there should be: throws Failure, kExitRefused
-    // without any, kExitFile if it is cut short.
+    // For services, which may answer well without audio, with less than there should be or with something else: throws
+    // Failure, kExitRefused without any, kExitFile if it is cut short.
     void RequireAudio(const wxString& engine) const;
     // Bytes there so far.
     uint64_t SpeechBytes() const;

@@ -428,13 +428,29 @@ TEST_F(SayCloud, ExtensionThatIsNotTheDataIsWarnedOf)
     }
 }
 
-TEST_F(SayCloud, AnswerWithoutAudioIsAFailure)
+TEST_F(SayCloud, AnswerWithoutAudioIsAFailureAndLeavesTheOldFile)
 {
-    services.Inject("", kEngines[2].synthesis, 2, Fault::Text("application/json", "{\"audioContent\":\"\"}"));
-    const Result written = Run(kEngines[2], {"-o", Out("x.wav"), "hi"});
-    EXPECT_EQ(written.status, 1);
-    EXPECT_TRUE(Holds(written.err, "no audio")) << written.err;
-    EXPECT_TRUE(Names("out").empty());
+    const struct {
+        const Engine& engine;
+        Fault fault;
+    } rows[] = {
+        {kEngines[2], Fault::Text("application/json", "{\"audioContent\":\"\"}")},
+        {kEngines[2], Fault::Text("application/json", "{\"audioContent\":\"PGh0bWw+PGJvZHk+\"}")},
+        {kEngines[0], Fault::Text("text/html", "<html><body>Please log in.</body></html>")},
+        {kEngines[0], Fault::Text("audio/mpeg", std::string("\x1f\x8b\b\0\0\0\0\0\0\x03\x33\x34\x04\0", 14))},
+        {kEngines[1], Fault::Text("text/html", "<html><body>Please log in.</body></html>")},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.engine.name);
+        WriteFile(Out("x.wav"), "old");
+        services.Inject("", row.engine.synthesis, 1, row.fault);
+        const Result written = Run(row.engine, {"-o", Out("x.wav"), "hi"});
+        EXPECT_EQ(written.status, 1);
+        EXPECT_TRUE(Holds(written.err, "audio")) << written.err;
+        EXPECT_EQ(ReadFile(Out("x.wav")), "old");
+        services.ClearFaults();
+    }
+    services.Inject("", kEngines[2].synthesis, 1, rows[0].fault);
     EXPECT_EQ(Run(kEngines[2], {"hi"}).status, 1);
 }
 
