@@ -28,6 +28,7 @@ public:
     OutputTarget(const OutputTarget&) = delete;
     OutputTarget& operator=(const OutputTarget&) = delete;
 
+    const wxString& Name() const { return m_name; } // of the target, for messages
     // Where the engine is to write.
     wxString SpeechFile() const;
     // Writes a text there in the engine's place. Throws Failure (kExitFile).

@@ -5,6 +5,7 @@
 #include "console.h"
 #include "exitstatus.h"
 #include "htmltext.h"
+#include "longspeech.h"
 #include "temporaryfiles.h"
 #include "textinput.h"
 
@@ -67,6 +68,8 @@ bool Preparation::SimplifiesHere(InputForm form) const
 Spoken Preparation::ForSpeech(const wxString& text)
 {
     const InputForm form = FormOf(text);
+    if (form == InputForm::kHtml && m_options.hasOutput && text.length() > kLongText)
+        return {ForReading(text), false, InputForm::kText, true};
     if (form == InputForm::kHtml && m_options.headings)
         return {HtmlToSapi(text), true, InputForm::kNative, true};
     if (form == InputForm::kHtml)

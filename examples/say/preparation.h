@@ -25,6 +25,7 @@ struct Spoken {
 //   text, SSML, simplified   string, transformed here: the engine simplifies only files
 //   HTML                     file; the engine converts it
 //   HTML with headings       file of SAPI XML, converted here: the engine announces none
+//   long HTML, to a file     string of plain text, prepared here: it can be cut into pieces
 //
 // Engines on the network prepare nothing themselves:
 //

@@ -1,6 +1,7 @@
 // Speech is always asynchronous and polled, so that keys and signals act at once. MIT licence.
 #include "speaker.h"
 
+#include <algorithm>
 #include <chrono>
 #include <wx/app.h>
 
@@ -9,9 +10,11 @@
 #include "../common/terminal.h"
 #include "console.h"
 #include "exitstatus.h"
+#include "longspeech.h"
 #include "progress.h"
 #include "speech/tts_sapi.h"
 #include "temporaryfiles.h"
+#include "textinput.h"
 #include "values.h"
 #include "voices.h"
 #include "voicesource.h"
@@ -24,6 +27,10 @@ namespace
 constexpr int kSpeechPollMs = 10;
 // The native speed from which Google Cloud's engine makes its rate of 1.0.
 constexpr int kGoogleNormalSpeed = 213;
+// Characters that may be more than 37 hours at a low speed.
+constexpr size_t kLongMarkup = 1000000;
+// Of a file at the limit of its size, what may have been written after the last look at it.
+constexpr uint64_t kLastBlocks = uint64_t{1} << 28;
 
 struct Range {
     const char* name;
@@ -80,9 +87,25 @@ public:
     {
     }
 
-    void Run(const Spoken& spoken)
+    void Run(const Spoken& spoken) { Speak(spoken, m_output ? m_output->SpeechFile() : wxString()); }
+
+    // The local engine's WAV files end at 4 GiB, so a long text is spoken by pieces into a temporary one.
+    void RunByPieces(const Spoken& spoken)
     {
-        if (!(m_session.IsWeb() ? m_session.Speak(spoken.input, m_output, m_keys) : StartLocal(spoken)))
+        const wxString file = TemporaryFiles::Make();
+        JoinedWav joined(std::string(m_output->SpeechFile().utf8_str()), m_output->Name());
+        for (const wxString& piece : PiecesOf(spoken.input, kPieceCharacters)) {
+            if (piece.Strip(wxString::both).empty())
+                continue;
+            Speak({ProtectPlainText(piece), false, spoken.form, spoken.isPrepared}, file);
+            joined.Append(std::string(file.utf8_str()));
+        }
+    }
+
+private:
+    void Speak(const Spoken& spoken, const wxString& file)
+    {
+        if (!(m_session.IsWeb() ? m_session.Speak(spoken.input, m_output, m_keys) : StartLocal(spoken, file)))
             Refuse();
         m_progress.Started();
         while (IsUnderWay()) {
@@ -92,14 +115,18 @@ public:
             if (IsInterrupted())
                 Stop();
             m_progress.Update();
+            if (m_output)
+                m_largest = std::max(m_largest, m_output->SpeechBytes());
         }
         // The speech may end between a signal and the look at its flag.
         ThrowIfInterrupted();
         if (!m_output)
             RequireDevice();
+        else if (m_largest > kMaxRiffBytes - kLastBlocks && m_output->SpeechBytes() == 0)
+            throw Failure{kExitFile, m_output->Name() + ": the speech is longer than a WAV file of markup can be "
+                                                        "(4 GiB, 37 hours); plain text may be of any length"};
     }
 
-private:
     // A device that fails ends the speech as its last word does.
     static void RequireDevice()
     {
@@ -110,11 +137,10 @@ private:
             throw Failure{kExitNoDevice, "the audio device does not answer"};
     }
 
-    bool StartLocal(const Spoken& spoken)
+    bool StartLocal(const Spoken& spoken, const wxString& file)
     {
         m_progress.Waiting(m_engine.GetEngine());
         ThrowIfInterrupted();
-        const wxString file = m_output ? m_output->SpeechFile() : wxString();
         return spoken.isFile ? m_engine.SpeakFile(spoken.input, wxTTS_SPEAK_ASYNC, file)
                              : m_engine.Speak(spoken.input, wxTTS_SPEAK_ASYNC, file);
     }
@@ -186,6 +212,7 @@ private:
     wxTextToSpeech& m_engine;
     WebSession& m_session;
     const OutputTarget* const m_output; // null: it plays
+    uint64_t m_largest = 0;             // bytes that the file once had: the engine empties one that it cannot finish
     TerminalKeys m_keys;
     Progress m_progress;
 };
@@ -228,7 +255,15 @@ void SpeakToEnd(wxTextToSpeech& engine, WebSession& session, const Spoken& spoke
     if (spoken.isPrepared)
         engine.SetTransformer(nullptr);
     engine.SetProperty("Input format", InputFormatProperty(spoken.form));
-    Speech(engine, session, options, output).Run(spoken);
+    Speech speech(engine, session, options, output);
+    const bool isLong = output && !session.IsWeb() && spoken.input.length() > kLongText;
+    if (isLong && spoken.form == InputForm::kText) {
+        speech.RunByPieces(spoken);
+    } else {
+        if (isLong && spoken.input.length() > kLongMarkup)
+            PrintError("warning: a WAV file of markup ends at 4 GiB, 37 hours; this may be longer");
+        speech.Run(spoken);
+    }
     if (session.IsWeb() && output)
         output->RequireAudio(session.EngineId());
 }

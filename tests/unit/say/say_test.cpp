@@ -4,7 +4,9 @@
 
 #include "exitstatus.h"
 #include "htmltext.h"
+#include "longspeech.h"
 #include "options.h"
+#include "support/mediafile.h"
 #include "textinput.h"
 #include "values.h"
 
@@ -370,6 +372,43 @@ TEST(SayOptions, HelpNamesEveryOptionAndNeedsNothingElse)
                                "--help",
                                "--version"})
         EXPECT_NE(usage.find(option), wxString::npos) << option;
+}
+
+TEST(SayLongSpeech, PiecesEndWhereAReaderPausesAndJoinToTheText)
+{
+    const struct {
+        const char* text;
+        std::vector<wxString> pieces;
+    } rows[] = {
+        {"One. Two", {"One. Two"}},
+        {"One two.\n\nA b. C d", {"One two.\n\n", "A b. C d"}},
+        {"One two.\nA b. C", {"One two.\n", "A b. C"}},
+        {"Ready. Two three", {"Ready. ", "Two three"}},
+        {"One two three", {"One two ", "three"}},
+        {"A. b2345678901", {"A. b23456789", "01"}},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(say::PiecesOf(wxString::FromUTF8(row.text), 12), row.pieces) << row.text;
+}
+
+TEST(SayLongSpeech, JoinedFileIsWavUpToTheLimitAndRf64Beyond)
+{
+    if (!HaveFFmpeg())
+        GTEST_SKIP() << "no ffmpeg command";
+    const ScratchDir folder;
+    const std::string piece = MakeWavFile(folder, "piece.wav", 16000, 1, MakeTone(16000, 1, 0.5));
+    const std::string sound = DecodeWithFFmpeg(folder, piece, 0, "s16le");
+    ASSERT_EQ(sound.size(), 16000u);
+    const std::string path = MakeFile(folder, "joined.wav", "old");
+    say::JoinedWav joined(path, "joined", 20000); // in place of 4 GiB
+    std::string all;
+    for (const char* head : {"RIFF", "RF64", "RF64"}) {
+        joined.Append(piece);
+        all += sound;
+        EXPECT_EQ(ReadWholeFile(path).substr(0, 4), head);
+        EXPECT_EQ(DecodeWithFFmpeg(folder, path, 0, "s16le"), all);
+    }
+    EXPECT_THROW(joined.Append(MakeFile(folder, "emptied", "")), say::Failure);
 }
 
 } // namespace
