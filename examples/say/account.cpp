@@ -16,6 +16,7 @@ namespace
 {
 
 const char* const kProxyName = "PROXY";
+const char* const kSessionToken = "AWS_SESSION_TOKEN"; // known, to say that it is not used
 
 struct Value {
     const char* name;
@@ -38,7 +39,7 @@ bool IsKnown(const wxString& name)
     for (const Value& value : kValues)
         if (name == value.name)
             return true;
-    return name == kProxyName;
+    return name == kProxyName || name == kSessionToken;
 }
 
 wxString ValueOf(const AccountValues& values, const wxString& name)
@@ -50,6 +51,14 @@ wxString ValueOf(const AccountValues& values, const wxString& name)
 wxString Trimmed(wxString text)
 {
     return text.Trim(true).Trim(false);
+}
+
+// A pair of quotes round a value is a habit from shells.
+wxString Unquoted(const wxString& value)
+{
+    const size_t length = value.length();
+    const bool isQuoted = length > 1 && (value[0] == '"' || value[0] == '\'') && value[0] == value[length - 1];
+    return isQuoted ? value.substr(1, length - 2) : value;
 }
 
 bool ParseLine(const wxString& line, AccountValues& values, wxString& reason)
@@ -67,8 +76,14 @@ bool ParseLine(const wxString& line, AccountValues& values, wxString& reason)
         reason = "no such name; see --help for those that there are";
         return false;
     }
-    values[name] = Trimmed(line.substr(sign + 1));
+    values[name] = Trimmed(Unquoted(Trimmed(line.substr(sign + 1))));
     return true;
+}
+
+void LoadVariable(const char* name, AccountValues& values)
+{
+    if (const char* const text = std::getenv(name))
+        values[name] = Trimmed(wxString::FromUTF8(text));
 }
 
 [[noreturn]] void Refuse(const wxString& name, const wxString& reason)
@@ -115,8 +130,8 @@ AccountValues LoadAccount(const std::string& path)
 {
     AccountValues values;
     for (const Value& value : kValues)
-        if (const char* const text = std::getenv(value.name))
-            values[value.name] = wxString::FromUTF8(text);
+        LoadVariable(value.name, values);
+    LoadVariable(kSessionToken, values);
     if (!path.empty())
         LoadFile(path, values);
     return values;
@@ -145,6 +160,13 @@ wxString DescribeMissing(const wxString& engineId, const AccountValues& values)
         return wxString();
     const wxString which = missing == needed ? needed : needed + " (missing: " + missing + ")";
     return engineId + " needs " + which + " in the environment or in --config FILE";
+}
+
+wxString DescribeUnused(const wxString& engineId, const AccountValues& values)
+{
+    if (engineId != "Amazon Polly" || ValueOf(values, kSessionToken).empty())
+        return wxString();
+    return wxString(kSessionToken) + " is set, but not supported: Amazon Polly refuses temporary keys without it";
 }
 
 wxString RegionOf(const wxString& engineId, const AccountValues& values)

@@ -54,6 +54,7 @@ wxString WriteVoiceCache(const VoiceCache& cache)
     wxJSONValue head;
     head["engine"] = cache.engine;
     head["region"] = cache.region;
+    head["route"] = cache.route;
     head["date"] = DateOf(cache.fetchedMs).ToUTC().FormatISOCombined() + "Z";
     wxString text;
     wxJSONWriter(0, 0, 3).Write(head, text);
@@ -61,9 +62,9 @@ wxString WriteVoiceCache(const VoiceCache& cache)
     return text + ",\"voices\":" + QXTTSVoiceInfo::GetListAsString(cache.voices) + "}\n";
 }
 
-VoiceCache ParseVoiceCache(const wxString& text, const wxString& engine, const wxString& region)
+VoiceCache ParseVoiceCache(const wxString& text, const wxString& engine, const wxString& region, const wxString& route)
 {
-    VoiceCache cache{engine, region, 0, {}};
+    VoiceCache cache{engine, region, route, 0, {}};
     if (!text.EndsWith(kEnd))
         return cache;
     wxJSONDocument document;
@@ -71,7 +72,8 @@ VoiceCache ParseVoiceCache(const wxString& text, const wxString& engine, const w
     wxDateTime date;
     wxString dateText;
     if (!root.IsObject() || MemberText(root, "engine") != engine || MemberText(root, "region") != region ||
-        !MemberText(root, "date").EndsWith("Z", &dateText) || !date.ParseISOCombined(dateText))
+        MemberText(root, "route") != route || !MemberText(root, "date").EndsWith("Z", &dateText) ||
+        !date.ParseISOCombined(dateText))
         return cache;
     cache.fetchedMs = date.FromUTC().GetValue().GetValue();
     if (!TakeVoices(root["voices"], engine, cache.voices))
@@ -79,11 +81,11 @@ VoiceCache ParseVoiceCache(const wxString& text, const wxString& engine, const w
     return cache;
 }
 
-VoiceCache LoadVoiceCache(const wxString& engine, const wxString& region)
+VoiceCache LoadVoiceCache(const wxString& engine, const wxString& region, const wxString& route)
 {
     const std::string file = CacheFile(engine);
     const std::string bytes = file.empty() ? file : ReadUserFile(file);
-    return ParseVoiceCache(wxString::FromUTF8(bytes.data(), bytes.size()), engine, region);
+    return ParseVoiceCache(wxString::FromUTF8(bytes.data(), bytes.size()), engine, region, route);
 }
 
 void StoreVoiceCache(const VoiceCache& cache)

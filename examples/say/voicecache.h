@@ -16,16 +16,17 @@ namespace say
 struct VoiceCache {
     wxString engine; // its id
     wxString region; // the services' lists differ by region
+    wxString route;  // WebSession's: behind another proxy another service may have answered
     std::int64_t fetchedMs = 0;
     std::vector<QXTTSVoiceInfo> voices;
 };
 
 wxString WriteVoiceCache(const VoiceCache& cache);
-// No voices for a broken text and for one of another engine or region.
-VoiceCache ParseVoiceCache(const wxString& text, const wxString& engine, const wxString& region);
+// No voices for a broken text and for one of another engine, region or route.
+VoiceCache ParseVoiceCache(const wxString& text, const wxString& engine, const wxString& region, const wxString& route);
 
 // voices-<short name>.json in the user's cache folder. Store ignores what cannot be written.
-VoiceCache LoadVoiceCache(const wxString& engine, const wxString& region);
+VoiceCache LoadVoiceCache(const wxString& engine, const wxString& region, const wxString& route);
 void StoreVoiceCache(const VoiceCache& cache);
 
 // A list older than a month, or of the future, is to be fetched anew where that is possible.

@@ -39,7 +39,7 @@ VoiceSource::VoiceSource(const wxTextToSpeech& engine, WebSession& session, cons
 void VoiceSource::LoadFromService()
 {
     const wxString engine = m_session.EngineId();
-    const VoiceCache cache = LoadVoiceCache(engine, m_session.Region());
+    const VoiceCache cache = LoadVoiceCache(engine, m_session.Region(), m_session.Route());
     m_voices = cache.voices;
     m_isKept = true;
     if (!m_voices.empty() && !m_options.refresh && !IsStale(cache, NowMs()))
@@ -59,7 +59,7 @@ void VoiceSource::LoadFromService()
 
 bool VoiceSource::Fetch()
 {
-    VoiceCache fresh{m_session.EngineId(), m_session.Region(), 0, {}};
+    VoiceCache fresh{m_session.EngineId(), m_session.Region(), m_session.Route(), 0, {}};
     if (!m_session.GetAllVoices(fresh.voices) || fresh.voices.empty())
         return false;
     fresh.fetchedMs = NowMs();

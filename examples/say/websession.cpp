@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "console.h"
 #include "core/qxtempfile.h"
 #include "exitstatus.h"
 #include "proxychoice.h"
@@ -61,6 +62,19 @@ void WebSession::Use(wxTextToSpeech& engine)
     const wxString missing = DescribeMissing(m_engineId, m_account);
     if (!missing.empty())
         throw Failure{kExitUsage, missing};
+    const wxString unused = DescribeUnused(m_engineId, m_account);
+    if (!unused.empty())
+        PrintError("warning: " + unused);
+}
+
+wxString WebSession::Route()
+{
+    m_proxy.LoadSystemProxy();
+    wxJSONValue& proxy = m_proxy.GetConfiguration(true);
+    const bool isSystems = proxy["proxytype"].AsInt() == static_cast<int>(ProxyChoice::Kind::kSystem);
+    if (isSystems ? !proxy["useproxy"].AsBool() : proxy["proxyhost"].AsString().empty())
+        return "direct";
+    return wxString::Format("%s:%d", proxy["proxyhost"].AsString(), proxy["proxyport"].AsInt());
 }
 
 bool WebSession::TestAuthentication()

@@ -43,6 +43,9 @@ public:
     // Whether its requests need an access token first, and are limited to 19 a minute.
     bool IsTokenNeeded() const { return m_engineId == "Microsoft Azure"; }
     wxString Region() const { return RegionOf(m_engineId, m_account); }
+    // "host:port" of the proxy that requests go through, as what answers there need not be the real service; "direct"
+    // without one. Asks the system at the first call, if that is the choice.
+    wxString Route();
 
     // Each of these blocks, and ends the process if the user wants it to end.
     // As wxTTSHandler has them.

@@ -80,13 +80,18 @@ TEST(SayAccount, LinesAreNamesAndValuesAndComments)
     AccountValues values;
     wxString reason;
     ASSERT_TRUE(say::ParseAccount("# mine\r\n\n  AWS_REGION = eu-central-1 \r\nAWS_SECRET_ACCESS_KEY=a=b#c+/ \n"
-                                  "PROXY=http://me:pw@host:1\nGOOGLE_API_KEY=\nAWS_REGION=us-east-1",
+                                  "PROXY=http://me:pw@host:1\nGOOGLE_API_KEY=\nAWS_REGION=us-east-1\n"
+                                  "AZURE_SPEECH_KEY= \"quoted 'key' \" \nAZURE_SPEECH_REGION='\nAWS_SESSION_TOKEN='t'",
                                   values, reason))
         << reason;
     EXPECT_EQ(values["AWS_REGION"], "us-east-1"); // the last one counts
     EXPECT_EQ(values["AWS_SECRET_ACCESS_KEY"], "a=b#c+/");
     EXPECT_EQ(values["PROXY"], "http://me:pw@host:1");
-    EXPECT_EQ(values.size(), 4u);
+    EXPECT_EQ(values["AZURE_SPEECH_KEY"], "quoted 'key'");
+    EXPECT_EQ(values["AZURE_SPEECH_REGION"], "'");
+    EXPECT_EQ(say::DescribeUnused("Amazon Polly", values).BeforeFirst(' '), "AWS_SESSION_TOKEN");
+    EXPECT_EQ(say::DescribeUnused("Google Cloud", values), "");
+    EXPECT_EQ(values.size(), 7u);
 }
 
 TEST(SayAccount, WhatIsNoLineIsRefusedByItsNumberAndNeverShown)
@@ -106,7 +111,7 @@ TEST(SayAccount, FileCountsBeforeTheEnvironmentValueByValue)
 {
     const ScratchDir folder;
     const Variable key("AZURE_SPEECH_KEY", "from-environment");
-    const Variable region("AZURE_SPEECH_REGION", "environment-region");
+    const Variable region("AZURE_SPEECH_REGION", " environment-region\r\n");
     const Variable google("GOOGLE_API_KEY", nullptr);
     const AccountValues values = say::LoadAccount(WritePrivate(folder, "AZURE_SPEECH_KEY=from-file\n"));
     const QXTTSAuthInfo info = say::AuthInfoOf(values);
@@ -337,25 +342,27 @@ TEST(SayVoiceCache, ComesBackAsItWasStored)
     const Variable cacheHome("XDG_CACHE_HOME", folder.Path().c_str());
     const Voices voices = {Voice("Joanna", "Joanna - US English - Neural", "en-US"),
                            Voice("C\xC3\xA9line", "\xE6\x99\x93 \"x\"\\", "fr-FR")};
-    say::StoreVoiceCache({"Amazon Polly", "eu-central-1", kNowMs, voices});
-    const VoiceCache cache = say::LoadVoiceCache("Amazon Polly", "eu-central-1");
+    say::StoreVoiceCache({"Amazon Polly", "eu-central-1", "direct", kNowMs, voices});
+    const VoiceCache cache = say::LoadVoiceCache("Amazon Polly", "eu-central-1", "direct");
     EXPECT_EQ(cache.fetchedMs, kNowMs);
     EXPECT_TRUE(cache.voices == voices);
     EXPECT_EQ(say::DayOf(cache), "2023-11-14");
     EXPECT_FALSE(say::IsStale(cache, kNowMs + 1000));
     EXPECT_TRUE(say::IsStale(cache, kNowMs - 1));
     EXPECT_TRUE(say::IsStale(cache, kNowMs + std::int64_t{31} * 24 * 3600 * 1000));
-    EXPECT_TRUE(say::LoadVoiceCache("Amazon Polly", "us-east-1").voices.empty());
-    EXPECT_TRUE(say::LoadVoiceCache("Google Cloud", "").voices.empty());
+    EXPECT_TRUE(say::LoadVoiceCache("Amazon Polly", "us-east-1", "direct").voices.empty());
+    EXPECT_TRUE(say::LoadVoiceCache("Amazon Polly", "eu-central-1", "127.0.0.1:8080").voices.empty());
+    EXPECT_TRUE(say::LoadVoiceCache("Google Cloud", "", "direct").voices.empty());
 }
 
 TEST(SayVoiceCache, BrokenTextHoldsNoVoices)
 {
     const wxString whole =
-        say::WriteVoiceCache({"Amazon Polly", "r", kNowMs, {Voice("a", "a", "en"), Voice("b", "b", "en")}});
-    ASSERT_EQ(say::ParseVoiceCache(whole, "Amazon Polly", "r").voices.size(), 2u);
+        say::WriteVoiceCache({"Amazon Polly", "r", "direct", kNowMs, {Voice("a", "a", "en"), Voice("b", "b", "en")}});
+    ASSERT_EQ(say::ParseVoiceCache(whole, "Amazon Polly", "r", "direct").voices.size(), 2u);
     for (size_t length = 0; length < whole.length(); ++length)
-        ASSERT_TRUE(say::ParseVoiceCache(whole.substr(0, length), "Amazon Polly", "r").voices.empty()) << length;
+        ASSERT_TRUE(say::ParseVoiceCache(whole.substr(0, length), "Amazon Polly", "r", "direct").voices.empty())
+            << length;
     const struct {
         const char* from;
         const char* to;
@@ -365,9 +372,9 @@ TEST(SayVoiceCache, BrokenTextHoldsNoVoices)
     for (const auto& row : rows) {
         wxString damaged = whole;
         ASSERT_GT(damaged.Replace(row.from, row.to, false), 0u) << row.from;
-        EXPECT_TRUE(say::ParseVoiceCache(damaged, "Amazon Polly", "r").voices.empty()) << row.from;
+        EXPECT_TRUE(say::ParseVoiceCache(damaged, "Amazon Polly", "r", "direct").voices.empty()) << row.from;
     }
-    EXPECT_TRUE(say::ParseVoiceCache("[]}\n", "Amazon Polly", "r").voices.empty());
+    EXPECT_TRUE(say::ParseVoiceCache("[]}\n", "Amazon Polly", "r", "direct").voices.empty());
 }
 
 TEST(SayVoices, FirstOneFollowsTheLanguageAndANameIsFoundByItsCase)
