@@ -7,6 +7,7 @@
 #include <wx/translation.h>
 
 #include "common/logging.h"
+#include "speech/cloudfailure.h"
 
 namespace
 {
@@ -42,7 +43,7 @@ wxString Fail(wxString& errorMessage)
 
 wxString MakeUrl(const wxString& region, const char* host, const char* path, wxString& errorMessage)
 {
-    if (region.empty())
+    if (!qxspeech::IsRegion(region))
         return Fail(errorMessage);
     try {
         const wxString url = wxString::Format("https://%s.%s%s", region, host, path);

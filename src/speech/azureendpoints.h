@@ -4,8 +4,9 @@
 
 #include <wx/string.h>
 
-// All three: "" for an empty region or one that makes no valid address; errorMessage then holds the translated reason,
-// which is logged too. Otherwise errorMessage stays as it is. Nothing is thrown. Regions are compared exactly.
+// All three: "" for an empty region or one that holds more than letters, digits and hyphens; errorMessage then holds
+// the translated reason, which is logged too. Otherwise errorMessage stays as it is. Nothing is thrown. Regions are
+// compared exactly.
 wxString GetSpeechEndpoint(const wxString& region, wxString& errorMessage);
 wxString GetVoiceListEndpoint(const wxString& region, wxString& errorMessage);
 // The commercial cloud's host for every region.

@@ -1,7 +1,6 @@
 // Text and documents as SSML. MIT licence.
 #include "speech/azuressml.h"
 
-#include <algorithm>
 #include <cwchar>
 #include <string>
 #include <wx/log.h>
@@ -54,12 +53,9 @@ std::size_t BehindTag(const std::wstring& text, std::size_t at)
     return std::wstring::npos;
 }
 
-// Whether elements may go deeper than that, up to where the text stops being XML. Entities may hold elements, so with
-// them every tag counts.
-bool IsTooDeep(const std::wstring& text)
+// What keeps the document from the parser, up to where the text stops being XML: elements deeper than that, entities.
+SsmlResult Check(const std::wstring& text)
 {
-    if (text.find(L"<!ENTITY") != std::wstring::npos)
-        return static_cast<std::size_t>(std::count(text.begin(), text.end(), L'<')) > kMaxDepth;
     std::size_t depth = 0;
     for (std::size_t at = text.find(L'<'); at != std::wstring::npos; at = text.find(L'<', at)) {
         if (StartsWith(text, at, L"<!--")) {
@@ -68,6 +64,8 @@ bool IsTooDeep(const std::wstring& text)
             at = Behind(text, at, L"]]>");
         } else if (StartsWith(text, at, L"<?")) {
             at = Behind(text, at, L"?>");
+        } else if (StartsWith(text, at, L"<!ENTITY")) {
+            return SsmlResult::kEntities;
         } else if (StartsWith(text, at, L"<!")) {
             at += 2;
         } else if (StartsWith(text, at, L"</")) {
@@ -76,12 +74,12 @@ bool IsTooDeep(const std::wstring& text)
         } else {
             at = BehindTag(text, at);
             if (at != std::wstring::npos && text[at - 2] != L'/' && ++depth > kMaxDepth)
-                return true;
+                return SsmlResult::kInvalid;
         }
         if (at == std::wstring::npos)
             break;
     }
-    return false;
+    return SsmlResult::kOk;
 }
 
 void CompleteSpeak(wxXmlNode& speak)
@@ -112,6 +110,15 @@ void DropDeclaration(wxString& text)
         text.erase(0, end + 2);
 }
 
+// The encoding that a declaration names is of bytes that are gone.
+wxString WithoutDeclaration(const wxString& document)
+{
+    const wxString text = document.StartsWith(wxString(wxUniChar(0xFEFF))) ? document.substr(1) : document;
+    const bool isDeclared = text.StartsWith("<?xml") && text.length() > 5 && wxString(" \t\r\n").Contains(text[5]);
+    const std::size_t end = isDeclared ? text.find("?>") : wxString::npos;
+    return end == wxString::npos ? document : text.substr(end + 2);
+}
+
 } // namespace
 
 wxString AzureTextBody(const wxString& text, const QXTTSVoiceInfo& voice)
@@ -132,10 +139,11 @@ wxString AzureTextBody(const wxString& text, const QXTTSVoiceInfo& voice)
 SsmlResult AzureSsmlBody(const wxString& document, wxString& body)
 {
     const wxLogNull noLog; // the parser tells its errors there
-    if (IsTooDeep(document.ToStdWstring()))
-        return SsmlResult::kInvalid;
+    const SsmlResult checked = Check(document.ToStdWstring());
+    if (checked != SsmlResult::kOk)
+        return checked;
     wxXmlDocument xml;
-    wxStringInputStream input(document);
+    wxStringInputStream input(WithoutDeclaration(document));
     if (!xml.Load(input, "UTF-8") || !xml.GetRoot())
         return SsmlResult::kInvalid;
     MakeSpeakTheRoot(xml);

@@ -15,12 +15,14 @@ wxString AzureTextBody(const wxString& text, const QXTTSVoiceInfo& voice);
 
 enum class SsmlResult {
     kOk,
-    kInvalid, // no well-formed XML, or elements nested deeper than any service takes (500)
-    kUnsaved  // its encoding cannot be written
+    kInvalid,  // no well-formed XML, or elements nested deeper than any service takes (500)
+    kEntities, // it declares entities of its own, which the parser would drop
+    kUnsaved   // it cannot be written
 };
 
 // The document with a root "speak" that has its three attributes, newly indented and without the XML declaration. The
-// voice stays the document's own affair. Only kOk sets body. Nothing is logged.
+// voice stays the document's own affair. An encoding that is declared counts for nothing: the text is characters
+// already. Only kOk sets body. Nothing is logged.
 SsmlResult AzureSsmlBody(const wxString& document, wxString& body);
 
 } // namespace qxspeech

@@ -7,6 +7,7 @@
 #include "core/qxtempfile.h"
 #include "mediakit/fileprovider.h"
 #include "mediakit/mediaplayer.h"
+#include "speech/cloudfailure.h"
 
 namespace qxspeech
 {
@@ -36,6 +37,25 @@ wxString PlayAudioFile(MKMediaPlayer& player, const wxString& path)
     }
     player.Close();
     return _("Could not play media.");
+}
+
+wxTTSFailure PlayingFailure(const MKMediaPlayer& player)
+{
+    switch (player.GetLastFailure().category) {
+    case MKFailureNone:
+        return wxTTSFailure();
+    case MKFailureDevice:
+        return MakeFailure(CloudPeer(), wxTTS_FAILURE_DEVICE, _("The audio device is no longer available."));
+    default:
+        return MakeFailure(CloudPeer(), wxTTS_FAILURE_OTHER, _("The audio cannot be played."));
+    }
+}
+
+wxTTSFailure RefusedFailure(const MKMediaPlayer& player)
+{
+    if (player.GetLastFailure().category == MKFailureDevice)
+        return MakeFailure(CloudPeer(), wxTTS_FAILURE_DEVICE, _("There is no audio device, or it does not open."));
+    return MakeFailure(CloudPeer(), wxTTS_FAILURE_OTHER, _("The audio cannot be played."));
 }
 
 void WriteAudio(const MKMediaPlayer& player, const wxString& path, AudioFiles& files,

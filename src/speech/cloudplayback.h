@@ -5,6 +5,8 @@
 #include <functional>
 #include <wx/string.h>
 
+#include "speech/speechfailure.h"
+
 class MKMediaPlayer;
 
 namespace qxspeech
@@ -16,6 +18,11 @@ bool IsPlayingPaused(const MKMediaPlayer& player);
 // Ends what the player plays and starts the file, of any format; returns when playing has begun. "", or the translated
 // reason why it has not. Nothing is thrown.
 wxString PlayAudioFile(MKMediaPlayer& player, const wxString& path);
+
+// Why a file that PlayAudioFile has begun ended before its time, none if it has not. Any thread.
+wxTTSFailure PlayingFailure(const MKMediaPlayer& player);
+// Why PlayAudioFile has not begun.
+wxTTSFailure RefusedFailure(const MKMediaPlayer& player);
 
 // The audio files of one engine, temporary and owned by QXTempFileMan: `current` is the one last written, `spare` stays
 // empty until new audio arrives while the player is at the other.

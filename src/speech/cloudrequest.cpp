@@ -1,15 +1,16 @@
 // Requests by cpprestsdk. MIT licence.
 #include "speech/cloudrequest.h"
 
-#include <cerrno>
 #include <cpprest/http_client.h>
-#include <filesystem>
-#include <fstream>
+#include <memory>
 #include <stdexcept>
-#include <system_error>
+#include <wx/translation.h>
 
+#include "common/logging.h"
 #include "common/utils.h"
 #include "core/qxproxysettings.h"
+#include "speech/arrivingbody.h"
+#include "speech/outputfile.h"
 #include "speech/qxtexttospeech.h"
 
 using web::http::client::http_client;
@@ -30,14 +31,25 @@ wxString FromNative(const utility::string_t& text)
     return wxString::FromUTF8(utility::conversions::to_utf8string(text));
 }
 
-http_client MakeClient(const wxString& url)
+wxString Describe(const web::web_proxy& proxy)
 {
+    return proxy.is_specified() ? FromNative(proxy.address().host()) + wxString::Format(":%d", proxy.address().port())
+                                : wxString();
+}
+
+// Sets the peer as far as it is known, also if it throws.
+http_client MakeClient(const wxString& url, CloudPeer& peer)
+{
+    const web::uri address(ToNative(url));
+    peer.host = FromNative(address.host());
     web::web_proxy proxy;
     if (QXProxySettings* const settings = QXTextToSpeech::GetProxySettings())
         settings->ApplySettings(proxy, url);
+    peer.proxy = Describe(proxy);
     http_client_config config;
     config.set_proxy(proxy);
-    return http_client(web::uri(ToNative(url)), config);
+    config.set_max_redirects(0); // a redirect would take the keys along
+    return http_client(address, config);
 }
 
 // A line break in a value, say behind a key that was read from a file, would begin a header of its own.
@@ -59,38 +71,23 @@ web::http::http_request MakeRequest(const CloudRequest& request)
     return made;
 }
 
-constexpr size_t kBlockBytes = 64 * 1024;
-
-// Not the HTTP library's own file stream: on a full disk that one ends the process.
-class OutputFile
+// Has the call done, and turns what it throws into a CloudFailure.
+template <class Call>
+auto Guarded(const CloudPeer& peer, Call call)
 {
-public:
-    explicit OutputFile(const wxString& path)
-        : m_name(path.utf8_str()), m_file(std::filesystem::u8path(m_name), std::ios::binary | std::ios::trunc)
-    {
-        Check();
+    try {
+        return call();
+    } catch (const CloudFailure&) {
+        throw;
+    } catch (const web::http::http_exception& failure) {
+        const wxString words = qxExceptionText(failure);
+        throw CloudFailure(failure.what(), TransportFailure(peer, words, failure.error_code().value()));
+    } catch (const std::invalid_argument& failure) { // a header's value
+        throw CloudFailure(failure.what(), MakeFailure(peer, wxTTS_FAILURE_KEY, _("The credentials are invalid.")));
+    } catch (const std::exception& failure) {
+        throw CloudFailure(failure.what(), MakeFailure(peer, wxTTS_FAILURE_OTHER, qxExceptionText(failure)));
     }
-    void Write(const uint8_t* bytes, size_t count)
-    {
-        m_file.write(reinterpret_cast<const char*>(bytes), static_cast<std::streamsize>(count));
-        Check();
-    }
-    void Close()
-    {
-        m_file.close();
-        Check();
-    }
-
-private:
-    void Check() const
-    {
-        if (!m_file)
-            throw std::system_error(errno, std::generic_category(), m_name);
-    }
-
-    std::string m_name; // UTF-8
-    std::ofstream m_file;
-};
+}
 
 } // namespace
 
@@ -98,12 +95,68 @@ class CloudResponse::Impl
 {
 public:
     explicit Impl(const CloudRequest& request)
-        : client(MakeClient(request.url)), response(client.request(MakeRequest(request)).get())
+        : client(Guarded(peer, [&] { return MakeClient(request.url, peer); })),
+          response(Guarded(peer, [&] { return Send(request); }))
     {
+        response.content_ready().then([arriving = body](const pplx::task<web::http::http_response>& whole) {
+            try {
+                whole.get();
+                arriving->End(nullptr);
+            } catch (...) {
+                arriving->End(std::current_exception());
+            }
+        });
+    }
+    // Closes the connection, also in the middle of a body.
+    ~Impl()
+    {
+        cancellation.cancel();
+        body->Abandon();
+    }
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+
+    // "" at the end.
+    const std::string& TakeBlock()
+    {
+        const TransferPace::Verdict verdict = Guarded(peer, [this] { return body->Take(block); });
+        if (verdict == TransferPace::Verdict::kGood)
+            return block;
+        const wxString sentence = verdict == TransferPace::Verdict::kSilent ? _("No answer from %s for 30 s.")
+                                                                            : _("%s sends less than 1 KB in 60 s.");
+        throw CloudFailure(MakeFailure(peer, wxTTS_FAILURE_NETWORK, wxString::Format(sentence, peer.host)));
+    }
+    std::string ReadAll(std::uint64_t limit)
+    {
+        std::string bytes;
+        bool isTooLong = response.headers().content_length() > limit;
+        while (!isTooLong && !TakeBlock().empty()) {
+            isTooLong = bytes.size() + block.size() > limit;
+            if (!isTooLong)
+                bytes += block;
+        }
+        if (!isTooLong)
+            return bytes;
+        const wxString size = wxString::Format("%d MB", static_cast<int>(limit / (1024 * 1024)));
+        throw CloudFailure(MakeFailure(peer, wxTTS_FAILURE_OTHER,
+                                       wxString::Format(_("The answer of %s is longer than %s."), peer.host, size)));
     }
 
+private:
+    web::http::http_response Send(const CloudRequest& request)
+    {
+        web::http::http_request made = MakeRequest(request);
+        made.set_response_stream(concurrency::streams::streambuf<std::uint8_t>(body).create_ostream());
+        return client.request(made, cancellation.get_token()).get();
+    }
+
+public:
+    CloudPeer peer;
     http_client client; // lives until the body is in
-    web::http::http_response response;
+    pplx::cancellation_token_source cancellation;
+    const std::shared_ptr<ArrivingBody> body = std::make_shared<ArrivingBody>();
+    web::http::http_response response; // behind what its request needs
+    std::string block;
 };
 
 CloudResponse::CloudResponse(CloudResponse&& other) noexcept : m_impl(std::exchange(other.m_impl, nullptr)) {}
@@ -130,20 +183,40 @@ wxString CloudResponse::GetHeader(const wxString& name) const
     return found == headers.end() ? wxString() : FromNative(found->second);
 }
 
+const CloudPeer& CloudResponse::GetPeer() const
+{
+    return m_impl->peer;
+}
+
 void CloudResponse::SaveToFile(const wxString& path)
 {
     OutputFile file(path);
-    concurrency::streams::streambuf<uint8_t> body = m_impl->response.body().streambuf();
-    std::vector<uint8_t> block(kBlockBytes);
-    while (const size_t count = body.getn(block.data(), block.size()).get())
-        file.Write(block.data(), count);
+    for (const std::string* block = &m_impl->TakeBlock(); !block->empty(); block = &m_impl->TakeBlock())
+        file.Write(block->data(), block->size());
     file.Close();
-    m_impl->response.content_ready().wait(); // throws what ended the body early
 }
 
-wxString CloudResponse::ReadText(bool ignoreContentType)
+wxString CloudResponse::ReadText(std::uint64_t limit, bool ignoreContentType)
 {
-    return qxHttpResponseToString(m_impl->response, ignoreContentType);
+    std::string bytes = m_impl->ReadAll(limit);
+    const auto label = m_impl->response.headers().find(web::http::header_names::content_type);
+    web::http::http_response whole(m_impl->response.status_code());
+    whole.set_body(std::move(bytes), "application/octet-stream");
+    if (label == m_impl->response.headers().end())
+        whole.headers().remove(web::http::header_names::content_type);
+    else
+        whole.headers()[web::http::header_names::content_type] = label->second;
+    return qxHttpResponseToString(whole, ignoreContentType);
+}
+
+wxString CloudResponse::ReadRefusal()
+{
+    try {
+        return ReadText(kShortTextLimit);
+    } catch (const std::exception& failure) {
+        QX_LOG("%s", qxExceptionText(failure));
+        return wxString();
+    }
 }
 
 CloudResponse SendCloudRequest(const CloudRequest& request)

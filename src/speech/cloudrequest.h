@@ -2,11 +2,14 @@
 #ifndef QXSPEECH_SPEECH_CLOUDREQUEST_H
 #define QXSPEECH_SPEECH_CLOUDREQUEST_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 #include <wx/string.h>
+
+#include "speech/cloudfailure.h"
 
 namespace qxspeech
 {
@@ -23,8 +26,14 @@ struct CloudRequest {
     std::optional<std::string> body;
 };
 
-// What came back: status, reason and headers are there at once, the body arrives while it is read, which is done once.
-// Owned by whoever sent the request, on the stack; one thread at a time. It holds the connection until it goes away.
+// Bytes of an answer that is read as text, whatever the service: more of them is a failure.
+constexpr std::uint64_t kShortTextLimit = 1024 * 1024;        // tokens and refusals
+constexpr std::uint64_t kVoicesLimit = 32 * 1024 * 1024;      // voice lists
+constexpr std::uint64_t kSpeechTextLimit = 256 * 1024 * 1024; // audio within JSON
+
+// What came back: status, reason and headers are there at once, the body arrives while it is read, and no faster.
+// Owned by whoever sent the request, on the stack; one thread at a time. It holds the connection until it goes away,
+// which ends the request, read or not.
 class CloudResponse
 {
 public:
@@ -37,13 +46,18 @@ public:
     wxString GetReason() const;
     // By any case of the name; empty if absent.
     wxString GetHeader(const wxString& name) const;
+    const CloudPeer& GetPeer() const;
 
-    // Writes the body into the file as it arrives, replacing what is there, and blocks until it is closed. Throws
-    // std::exception if the file cannot be opened or written or if the body breaks off; the file then stays cut short.
+    // The three read the body, once; they block until it is in and throw CloudFailure if it breaks off, if no byte
+    // comes for 30 s or fewer than 1 KB in 60 s. Time that a file takes does not count.
+    //
+    // Writes it into the file, replacing what is there. Throws also if the file cannot be opened or written; the file
+    // then stays cut short.
     void SaveToFile(const wxString& path);
-    // As qxHttpResponseToString: blocks, never throws, and "" has its reason in the log. After a refusal for the type
-    // alone the body is still there to be read with ignoreContentType.
-    wxString ReadText(bool ignoreContentType = false);
+    // As qxHttpResponseToString: "" for a label that is no text, with a log line. Throws also for more bytes than that.
+    wxString ReadText(std::uint64_t limit, bool ignoreContentType = false);
+    // The body of a refusal, up to kShortTextLimit. Throws nothing: what cannot be read is "", with a log line.
+    wxString ReadRefusal();
 
 private:
     friend CloudResponse SendCloudRequest(const CloudRequest& request);
@@ -55,9 +69,10 @@ private:
 };
 
 // Sends the request through the process-wide proxy settings of QXTextToSpeech and blocks until the answer's headers are
-// in. Each call has a client and a connection of its own, and nothing is repeated. Any status is an answer; throws
-// std::exception for everything that prevents one (a bad address, no connection, a certificate, 30 seconds
-// without a byte), and for a header value that holds a line break. No text of an exception holds a header's value.
+// in. Each call has a client and a connection of its own, nothing is repeated and no redirect followed. Any status is
+// an answer; throws CloudFailure for everything that prevents one (a bad address, no connection, a certificate, 30
+// seconds without a byte), and for a header value that holds a line break. No text of an exception holds a header's
+// value.
 CloudResponse SendCloudRequest(const CloudRequest& request);
 
 } // namespace qxspeech

@@ -8,9 +8,17 @@
 #include <wx/string.h>
 
 #include "speech/ttsvoiceinfo.h"
+#include "json/jsondocument.h"
 
 namespace qxspeech
 {
+
+// An answer. One that breaks off in the middle still holds what stands before, but does not take the place of a list.
+class JsonAnswer : public wxJSONDocument
+{
+public:
+    bool IsWhole() const { return m_errorCode == 0; }
+};
 
 // A member of an object as text, whatever its type; "" if it is absent or this is no object.
 wxString MemberText(const wxJSONValue& object, const wxString& key);

@@ -8,11 +8,12 @@
 #include "core/qxtempfile.h"
 #include "mediakit/mediaplayer.h"
 #include "speech/awssigner.h"
+#include "speech/cloudfailure.h"
 #include "speech/cloudplayback.h"
 #include "speech/cloudrequest.h"
 #include "speech/cloudtext.h"
+#include "speech/cloudvoices.h"
 #include "speech/qxtexttospeech.h"
-#include "json/jsondocument.h"
 #include "json/jsonwriter.h"
 
 wxIMPLEMENT_DYNAMIC_CLASS(wxTTSAWSHandler, wxTTSHandler);
@@ -31,33 +32,52 @@ constexpr int kMaxRate = 9;
 struct ErrorText {
     const char* type;
     const char* text;
+    wxTTSFailureCategory category;
 };
 
 const ErrorText kErrorTexts[] = {
-    {"UnrecognizedClientException", wxTRANSLATE("The Access Key is invalid.")},
-    {"InvalidSignatureException", wxTRANSLATE("The Secret Key is invalid.")},
+    {"UnrecognizedClientException", wxTRANSLATE("The Access Key is invalid."), wxTTS_FAILURE_KEY},
+    {"InvalidSignatureException", wxTRANSLATE("The Secret Key is invalid."), wxTTS_FAILURE_KEY},
     {"EngineNotSupportedException",
      wxTRANSLATE("This engine is not compatible with the voice that you have designated. Choose a new voice that is "
-                 "compatible with the engine or change the engine and restart the operation.")},
-    {"InvalidSampleRateException", wxTRANSLATE("The specified sample rate is not valid.")},
+                 "compatible with the engine or change the engine and restart the operation."),
+     wxTTS_FAILURE_VOICE},
+    {"InvalidSampleRateException", wxTRANSLATE("The specified sample rate is not valid."), wxTTS_FAILURE_OTHER},
     {"InvalidSsmlException",
      wxTRANSLATE("The SSML you provided is invalid. Verify the SSML syntax, spelling of tags and values, and then try "
-                 "again.")},
+                 "again."),
+     wxTTS_FAILURE_TEXT},
     {"LanguageNotSupportedException",
-     wxTRANSLATE("The language specified is not currently supported by Amazon Polly in this capacity.")},
+     wxTRANSLATE("The language specified is not currently supported by Amazon Polly in this capacity."),
+     wxTTS_FAILURE_VOICE},
     {"LexiconNotFoundException",
      wxTRANSLATE("Amazon Polly can't find the specified lexicon. This could be caused by a lexicon that is missing, "
-                 "its name is misspelled or specifying a lexicon that is in a different region.")},
+                 "its name is misspelled or specifying a lexicon that is in a different region."),
+     wxTTS_FAILURE_OTHER},
     {"MarksNotSupportedForFormatException",
      wxTRANSLATE("Speech marks are not supported for the OutputFormat selected. Speech marks are only available for "
-                 "content in json format.")},
-    {"ServiceFailureException", wxTRANSLATE("An unknown condition has caused a service failure.")},
+                 "content in json format."),
+     wxTTS_FAILURE_OTHER},
+    {"ServiceFailureException", wxTRANSLATE("An unknown condition has caused a service failure."), wxTTS_FAILURE_OTHER},
     {"SsmlMarksNotSupportedForTextTypeException",
-     wxTRANSLATE("SSML speech marks are not supported for plain text-type input.")},
+     wxTRANSLATE("SSML speech marks are not supported for plain text-type input."), wxTTS_FAILURE_TEXT},
     {"TextLengthExceededException",
-     wxTRANSLATE("Maximum text length has been exceeded. Maximum number of characters is 3000.")},
+     wxTRANSLATE("Maximum text length has been exceeded. Maximum number of characters is 3000."),
+     wxTTS_FAILURE_TOO_LONG},
     {"InvalidNextTokenException",
-     wxTRANSLATE("The NextToken is invalid. Verify that it's spelled correctly, and then try again.")},
+     wxTRANSLATE("The NextToken is invalid. Verify that it's spelled correctly, and then try again."),
+     wxTTS_FAILURE_OTHER},
+};
+
+// Types that are told by their name.
+const struct {
+    const char* type;
+    wxTTSFailureCategory category;
+} kUntranslatedTypes[] = {
+    {"AccessDeniedException", wxTTS_FAILURE_KEY},        {"ExpiredTokenException", wxTTS_FAILURE_KEY},
+    {"IncompleteSignatureException", wxTTS_FAILURE_KEY}, {"MissingAuthenticationTokenException", wxTTS_FAILURE_KEY},
+    {"LimitExceededException", wxTTS_FAILURE_QUOTA},     {"ServiceQuotaExceededException", wxTTS_FAILURE_QUOTA},
+    {"ThrottlingException", wxTTS_FAILURE_THROTTLED},    {"TooManyRequestsException", wxTTS_FAILURE_THROTTLED},
 };
 
 AWSRequestInfo MakeInfo(const QXTTSAuthInfo& authInfo, const char* method, const char* uri)
@@ -71,6 +91,31 @@ AWSRequestInfo MakeInfo(const QXTTSAuthInfo& authInfo, const char* method, const
     return info;
 }
 
+// None for a type that is not known.
+wxTTSFailureCategory CategoryOf(const wxString& type)
+{
+    for (const ErrorText& error : kErrorTexts) {
+        if (type == error.type)
+            return error.category;
+    }
+    for (const auto& row : kUntranslatedTypes) {
+        if (type == row.type)
+            return row.category;
+    }
+    return wxTTS_FAILURE_NONE;
+}
+
+// A region that makes another host of the address is told as an address that is none.
+CloudRequest MakeRequest(const AWSRequestInfo& info)
+{
+    CloudRequest request;
+    request.url = CreateRequestUrl(info);
+    if (!qxspeech::IsRegion(info.region))
+        throw qxspeech::CloudFailure("provided uri is invalid: " + std::string(request.url.utf8_str()),
+                                     qxspeech::RegionFailure());
+    return request;
+}
+
 CloudResponse RequestSpeech(const AWSSpeechParams& params)
 {
     AWSRequestInfo info = MakeInfo(QXTextToSpeech::GetAuthInfo(), "POST", "/v1/speech");
@@ -78,9 +123,8 @@ CloudResponse RequestSpeech(const AWSSpeechParams& params)
     info.payload = wxTTSAWSHandler::CreateRequestBody(params);
     const wxString payloadHash = qxSHA256Hex(info.payload);
     const wxString authorization = qxspeech::CreateAuthorization(info, payloadHash);
-    CloudRequest request;
+    CloudRequest request = MakeRequest(info);
     request.method = CloudRequest::Method::kPost;
-    request.url = CreateRequestUrl(info);
     request.headers = {{"Content-Type", kContentType},
                        {"X-Amz-Content-Sha256", payloadHash},
                        {"X-Amz-Date", info.amzDate},
@@ -93,18 +137,25 @@ CloudResponse RequestVoices(const QXTTSAuthInfo& authInfo)
 {
     AWSRequestInfo info = MakeInfo(authInfo, "GET", "/v1/voices");
     const wxString authorization = CreateAuthorization(info);
-    CloudRequest request;
-    request.url = CreateRequestUrl(info);
+    CloudRequest request = MakeRequest(info);
     request.headers = {{"X-Amz-Date", info.amzDate}, {"Authorization", authorization}};
     return SendCloudRequest(request);
 }
 
-wxString GetAWSErrorMessage(const CloudResponse& response)
+wxString ErrorType(const CloudResponse& response)
 {
     const wxString header = response.GetHeader("x-amzn-ErrorType");
     const size_t colon = header.find(':');
     const bool hasTail = colon != wxString::npos && colon > 0;
-    return wxTTSAWSHandler::ErrorTypeToMessage(hasTail ? header.substr(0, colon) : header);
+    return hasTail ? header.substr(0, colon) : header;
+}
+
+// Some of the services behind one name write it large.
+wxString ServiceMessage(const wxString& body)
+{
+    const wxJSONValue answer = wxJSONDocument().Parse(body);
+    const wxString message = qxspeech::MemberText(answer, "message");
+    return message.empty() ? qxspeech::MemberText(answer, "Message") : message;
 }
 
 wxString TextMember(const wxJSONMap& members, const wxString& key)
@@ -126,12 +177,6 @@ QXTTSVoiceInfo DescribeVoice(const wxJSONMap& members, const wxString& engine)
     voice.SetEngine(engine);
     return voice;
 }
-
-class Answer : public wxJSONDocument
-{
-public:
-    bool IsWhole() const { return m_errorCode == 0; }
-};
 
 // A voice without engines cannot be asked for.
 void AppendVoice(const wxJSONValue& voice, std::vector<QXTTSVoiceInfo>& voices)
@@ -185,14 +230,17 @@ bool wxTTSAWSHandler::SpeakFile(const wxString& filename, int options, const wxS
 bool wxTTSAWSHandler::DoSpeak(const wxString& text, bool isFile, int options, const wxString& outputFile)
 {
     Stop();
+    ClearFailure();
     m_options = options;
     AWSSpeechParams params;
     params.Text = text;
-    if (isFile && !qxspeech::ReadSpeechFile(text, params.Text))
-        return Fail(wxGetTranslation(qxspeech::kCannotReadFile));
+    if (isFile && !qxspeech::ReadSpeechFile(text, params.Text)) {
+        Fail(wxGetTranslation(qxspeech::kCannotReadFile));
+        return SetFailure(wxTTS_FAILURE_TEXT, m_lastError);
+    }
     const wxString target = outputFile.empty() ? QXTempFileMan::CreateTempFile("mp3") : outputFile;
     if (target.empty())
-        return false;
+        return SetFailure(wxTTS_FAILURE_STORAGE, _("No temporary file can be made."));
     const QXTTSVoiceInfo voice = GetVoice();
     params.Engine = voice.GetEngine();
     params.LanguageCode = voice.GetLangCode();
@@ -238,9 +286,12 @@ wxString wxTTSAWSHandler::ErrorTypeToMessage(const wxString& type)
 // The service says no; the body, which names no credentials, goes to the log.
 bool wxTTSAWSHandler::Refuse(CloudResponse& response)
 {
-    Fail(GetAWSErrorMessage(response));
-    QX_LOG("%s", response.ReadText());
-    return false;
+    const wxString type = ErrorType(response);
+    const wxString body = response.ReadRefusal();
+    QX_LOG("%s", body);
+    const wxTTSFailure failure = RefusalFailure(response, ServiceMessage(body), CategoryOf(type));
+    m_lastError = IsRedirect(response) ? failure.message : ErrorTypeToMessage(type);
+    return SetFailure(failure);
 }
 
 bool wxTTSAWSHandler::GetSpeech(const AWSSpeechParams& params, const wxString& path)
@@ -254,7 +305,7 @@ bool wxTTSAWSHandler::GetSpeech(const AWSSpeechParams& params, const wxString& p
     } catch (const std::exception& failure) {
         Fail(qxExceptionText(failure));
         QX_LOG("Error while getting AMZ speech: %s", m_lastError);
-        return false;
+        return SetFailure(qxspeech::CaughtFailure(failure));
     }
 }
 
@@ -266,30 +317,29 @@ bool wxTTSAWSHandler::TestAuthentication(const QXTTSAuthInfo& authInfo)
     } catch (const std::exception& failure) {
         Fail(qxExceptionText(failure));
         QX_LOG("Error while testing AMZ authentication: %s", m_lastError);
-        return false;
+        return SetFailure(qxspeech::CaughtFailure(failure));
     }
 }
 
 bool wxTTSAWSHandler::GetAllVoices(std::vector<QXTTSVoiceInfo>& voices)
 {
-    bool isOk = false;
     try {
         CloudResponse response = RequestVoices(QXTextToSpeech::GetAuthInfo());
-        isOk = response.IsOk();
-        if (!isOk)
+        if (!response.IsOk())
             return Refuse(response);
-        TakeVoices(response.ReadText(), voices);
+        TakeVoices(response.ReadText(qxspeech::kVoicesLimit), voices);
+        return true;
     } catch (const std::exception& failure) {
         Fail(qxExceptionText(failure));
         QX_LOG("Error while getting AMZ voice list: %s", m_lastError);
+        return SetFailure(qxspeech::CaughtFailure(failure));
     }
-    return isOk;
 }
 
 // What goes wrong in the middle brings what stands before it, but does not take the place of a whole list.
 void wxTTSAWSHandler::TakeVoices(const wxString& body, std::vector<QXTTSVoiceInfo>& voices)
 {
-    Answer answer;
+    qxspeech::JsonAnswer answer;
     answer.Parse(body);
     std::vector<QXTTSVoiceInfo> fetched;
     const wxJSONMap* const members = answer.AsMap();
@@ -305,8 +355,13 @@ void wxTTSAWSHandler::TakeVoices(const wxString& body, std::vector<QXTTSVoiceInf
 
 bool wxTTSAWSHandler::PlayFile(const wxString& path)
 {
-    const wxString failure = qxspeech::PlayAudioFile(*m_player, path);
-    return failure.empty() || Fail(failure);
+    const wxString refused = qxspeech::PlayAudioFile(*m_player, path);
+    if (!refused.empty()) {
+        SetFailure(qxspeech::RefusedFailure(*m_player));
+        return Fail(refused);
+    }
+    SetFailureSource([player = m_player] { return qxspeech::PlayingFailure(*player); });
+    return true;
 }
 
 bool wxTTSAWSHandler::IsSpeaking() const

@@ -10,6 +10,7 @@
 #include "mediakit/mediaplayer.h"
 #include "speech/azureendpoints.h"
 #include "speech/azuressml.h"
+#include "speech/cloudfailure.h"
 #include "speech/cloudplayback.h"
 #include "speech/cloudrequest.h"
 #include "speech/cloudtext.h"
@@ -31,24 +32,17 @@ constexpr std::uint32_t kTokenLifetimeMs = 540000;
 const char kNotAuthorized[] = "The request is not authorized. Check to make sure your subscription key or token is "
                               "valid and in the correct region.";
 
-// Translated; "" if the service says nothing.
+// "" if the service says nothing.
 wxString RefusalOf(CloudResponse& response)
 {
-    const wxString message = ParseErrorMessage(response.ReadText());
-    const wxString told = message.empty() ? response.GetReason() : message;
-    return told.empty() ? told : wxGetTranslation(told);
+    const wxString message = ParseErrorMessage(response.ReadRefusal());
+    return message.empty() ? response.GetReason() : message;
 }
 
 // The service labels its token as a type that the HTTP library does not take for text.
 bool IsLabelledToken(const CloudResponse& response)
 {
     return response.GetHeader("Content-Type").BeforeFirst(';').Trim().Lower() == "application/jwt";
-}
-
-wxString ReadToken(CloudResponse& response)
-{
-    const wxString text = response.ReadText();
-    return text.empty() && response.IsOk() && IsLabelledToken(response) ? response.ReadText(true) : text;
 }
 
 QXTTSVoiceInfo ReadAzureVoice(const wxJSONValue& element)
@@ -101,8 +95,22 @@ bool wxTTSAzureHandler::Uninitialize()
     return true;
 }
 
+// An earlier speech may play on, and fail yet.
+void wxTTSAzureHandler::BeginSpeech()
+{
+    ClearFailure();
+    if (IsSpeaking() || IsPaused())
+        WatchPlaying();
+}
+
+void wxTTSAzureHandler::WatchPlaying()
+{
+    SetFailureSource([player = m_record->player] { return qxspeech::PlayingFailure(*player); });
+}
+
 bool wxTTSAzureHandler::Speak(const wxString& text, int options, const wxString& outputFile)
 {
+    BeginSpeech();
     m_record->text = text;
     if (!outputFile.empty())
         return GenerateWavFile(outputFile);
@@ -113,9 +121,12 @@ bool wxTTSAzureHandler::Speak(const wxString& text, int options, const wxString&
 
 bool wxTTSAzureHandler::SpeakFile(const wxString& filename, int options, const wxString& outputFile)
 {
+    BeginSpeech();
     wxString text;
-    if (!qxspeech::ReadSpeechFile(filename, text))
-        return Fail(wxGetTranslation(qxspeech::kCannotReadFile));
+    if (!qxspeech::ReadSpeechFile(filename, text)) {
+        Fail(wxGetTranslation(qxspeech::kCannotReadFile));
+        return SetFailure(wxTTS_FAILURE_TEXT, m_lastError);
+    }
     return Speak(text, options, outputFile);
 }
 
@@ -123,8 +134,13 @@ bool wxTTSAzureHandler::PlayWavFile(const wxString&, bool, int, const wxString&)
 {
     if (IsSpeaking() || IsPaused())
         Stop();
-    const wxString failure = qxspeech::PlayAudioFile(*m_record->player, m_record->files.current);
-    return failure.empty() || Fail(failure);
+    const wxString refused = qxspeech::PlayAudioFile(*m_record->player, m_record->files.current);
+    if (!refused.empty()) {
+        SetFailure(qxspeech::RefusedFailure(*m_record->player));
+        return Fail(refused);
+    }
+    WatchPlaying();
+    return true;
 }
 
 bool wxTTSAzureHandler::GenerateWavFile(const wxString& path)
@@ -144,11 +160,11 @@ bool wxTTSAzureHandler::GenerateWavFile(const wxString& path)
         }
         if (response.GetStatus() == 401)
             RenewAccessToken();
-        return Refuse(RefusalOf(response));
+        return Refuse(response);
     } catch (const std::exception& failure) {
         m_lastError = qxExceptionText(failure);
         QX_LOG("Error while getting Microsoft Azure speech: %s", m_lastError);
-        return false;
+        return SetFailure(qxspeech::CaughtFailure(failure));
     }
 }
 
@@ -167,26 +183,39 @@ bool wxTTSAzureHandler::MakeSpeechRequest(CloudRequest& request)
                        {"Authorization", "Bearer " + m_record->accessToken}};
     request.body = std::string(body.utf8_str());
     request.url = GetSpeechEndpoint(QXTextToSpeech::GetAuthInfo().azureRegion, m_lastError);
-    return !request.url.empty();
+    return !request.url.empty() || SetFailure(qxspeech::RegionFailure());
 }
 
 bool wxTTSAzureHandler::MakeSsmlBody(wxString& body)
 {
     const qxspeech::SsmlResult result = qxspeech::AzureSsmlBody(body, body);
-    if (result != qxspeech::SsmlResult::kInvalid)
-        return result == qxspeech::SsmlResult::kOk;
+    if (result == qxspeech::SsmlResult::kOk)
+        return true;
+    if (result == qxspeech::SsmlResult::kUnsaved)
+        return SetFailure(wxTTS_FAILURE_TEXT, _("The SSML cannot be written."));
     QX_LOG("Invalid SSML format.");
-    return Fail(_("Invalid SSML format."));
+    Fail(_("Invalid SSML format."));
+    return SetFailure(wxTTS_FAILURE_TEXT, result == qxspeech::SsmlResult::kEntities
+                                              ? _("The SSML declares entities of its own, which are not taken.")
+                                              : m_lastError);
 }
 
 // A service that says nothing leaves the last error as it was.
-bool wxTTSAzureHandler::Refuse(const wxString& message)
+bool wxTTSAzureHandler::Refuse(CloudResponse& response)
 {
-    if (!message.empty()) {
-        QX_LOG("Azure Text-to-Speech message: %s", message);
-        m_lastError = message;
-    }
-    return false;
+    const wxString told = RefusalOf(response);
+    const wxTTSFailure failure = RefusalFailure(response, told);
+    if (IsRedirect(response))
+        TellRefusal(failure.message);
+    else if (!told.empty())
+        TellRefusal(wxGetTranslation(told));
+    return SetFailure(failure);
+}
+
+void wxTTSAzureHandler::TellRefusal(const wxString& message)
+{
+    QX_LOG("Azure Text-to-Speech message: %s", message);
+    m_lastError = message;
 }
 
 wxString wxTTSAzureHandler::RequestAccessToken(const wxString& region, const wxString& key, wxLongLong_t* expiry)
@@ -194,28 +223,35 @@ wxString wxTTSAzureHandler::RequestAccessToken(const wxString& region, const wxS
     if (region.empty() || key.empty()) {
         QX_LOG("Invalid Microsoft Azure Region or Key.");
         Fail(_("Invalid Microsoft Azure Region or Key."));
+        SetFailure(wxTTS_FAILURE_KEY, m_lastError);
         return wxString();
     }
     try {
         CloudRequest request;
         request.method = CloudRequest::Method::kPost;
         request.url = GetTokenEndpoint(region, m_lastError);
-        if (request.url.empty())
+        if (request.url.empty()) {
+            SetFailure(qxspeech::RegionFailure());
             return wxString();
+        }
         request.headers = {{"Ocp-Apim-Subscription-Key", key}};
         CloudResponse response = qxspeech::SendCloudRequest(request);
         if (!response.IsOk()) {
-            Refuse(RefusalOf(response));
+            Refuse(response);
             return wxString();
         }
-        const wxString token = ReadToken(response);
-        if (wxJSONDocument().Parse(token).IsValid())
+        const wxString token = response.ReadText(qxspeech::kShortTextLimit, IsLabelledToken(response));
+        const bool isToken = !token.empty() && !wxJSONDocument().Parse(token).IsValid();
+        if (!isToken)
+            SetFailure(qxspeech::UnreadableFailure(response.GetPeer()));
+        if (!isToken && !token.empty())
             return wxString();
         *expiry = static_cast<std::uint32_t>(qxspeech::TimeSource::Get().TickMs() + kTokenLifetimeMs);
         return token;
     } catch (const std::exception& failure) {
         m_lastError = qxExceptionText(failure);
         QX_LOG("Error while requesting access token from Azure server: %s", m_lastError);
+        SetFailure(qxspeech::CaughtFailure(failure));
         return wxString();
     }
 }
@@ -251,35 +287,39 @@ bool wxTTSAzureHandler::TestAuthentication(const QXTTSAuthInfo& authInfo)
 bool wxTTSAzureHandler::GetAllVoices(std::vector<QXTTSVoiceInfo>& voices)
 {
     try {
-        if (!RenewTokenIfExpired())
-            return Refuse(wxGetTranslation(kNotAuthorized));
+        if (!RenewTokenIfExpired()) {
+            TellRefusal(wxGetTranslation(kNotAuthorized));
+            return false; // the record says why there is no token
+        }
         CloudRequest request;
         request.url = GetVoiceListEndpoint(QXTextToSpeech::GetAuthInfo().azureRegion, m_lastError);
         if (request.url.empty())
-            return false;
+            return SetFailure(qxspeech::RegionFailure());
         request.headers = {{"Authorization", "Bearer " + m_record->accessToken}};
         CloudResponse response = qxspeech::SendCloudRequest(request);
         if (response.GetStatus() == 401)
             RenewAccessToken();
         if (!response.IsOk())
-            return Refuse(RefusalOf(response));
-        TakeVoices(response.ReadText(), voices);
+            return Refuse(response);
+        TakeVoices(response.ReadText(qxspeech::kVoicesLimit), voices);
         return true;
     } catch (const std::exception& failure) {
         m_lastError = qxExceptionText(failure);
         QX_LOG("Error while getting Microsoft Azure voice list: %s", m_lastError);
-        return false;
+        return SetFailure(qxspeech::CaughtFailure(failure));
     }
 }
 
-// What is no list changes nothing.
+// What is no list changes nothing, and what breaks off takes no list's place.
 void wxTTSAzureHandler::TakeVoices(const wxString& body, std::vector<QXTTSVoiceInfo>& voices)
 {
-    wxJSONDocument document;
-    if (!document.Parse(body).IsArray())
+    qxspeech::JsonAnswer answer;
+    if (!answer.Parse(body).IsArray())
         return;
-    m_record->voices = qxspeech::ReadVoices(document, ReadAzureVoice);
-    voices.insert(voices.end(), m_record->voices.begin(), m_record->voices.end());
+    std::vector<QXTTSVoiceInfo> fetched = qxspeech::ReadVoices(answer, ReadAzureVoice);
+    voices.insert(voices.end(), fetched.begin(), fetched.end());
+    if (answer.IsWhole())
+        m_record->voices.swap(fetched);
 }
 
 bool wxTTSAzureHandler::IsSpeaking() const

@@ -7,7 +7,8 @@
 namespace qxspeech
 {
 struct CloudRequest;
-}
+class CloudResponse;
+} // namespace qxspeech
 
 // Engine "Microsoft Azure": one request for each speech, whose WAV file (48 kHz, 16 bits, mono) is played or is the
 // host's. Made by the host or the process-wide instance, owned by the front object from AddHandler on. One thread at a
@@ -83,11 +84,14 @@ public:
 private:
     struct Record;
 
+    void BeginSpeech();
+    void WatchPlaying();
     bool RenewTokenIfExpired();
     bool MakeSpeechRequest(qxspeech::CloudRequest& request);
     bool MakeSsmlBody(wxString& body);
     void TakeVoices(const wxString& body, std::vector<QXTTSVoiceInfo>& voices);
-    bool Refuse(const wxString& message);
+    bool Refuse(qxspeech::CloudResponse& response);
+    void TellRefusal(const wxString& message);
 
     Record* m_record; // owned
 };

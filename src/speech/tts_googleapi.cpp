@@ -1,21 +1,20 @@
 // Synthesis and voice list of the Google Cloud service. MIT licence.
 #include "speech/tts_googleapi.h"
 
-#include <system_error>
 #include <wx/base64.h>
-#include <wx/log.h>
 #include <wx/translation.h>
-#include <wx/wfstream.h>
 
 #include "common/logging.h"
 #include "common/utils.h"
 #include "core/qxtempfile.h"
 #include "mediakit/mediaplayer.h"
+#include "speech/cloudfailure.h"
 #include "speech/cloudplayback.h"
 #include "speech/cloudrequest.h"
 #include "speech/cloudtext.h"
 #include "speech/cloudvoices.h"
 #include "speech/googlerequest.h"
+#include "speech/outputfile.h"
 #include "speech/qxtexttospeech.h"
 #include "json/jsondocument.h"
 
@@ -40,13 +39,11 @@ CloudRequest SynthesisRequest(const wxString& key, const std::string& body)
     return request;
 }
 
-// Replaces the file; throws std::system_error if it cannot be written.
 void WriteFile(const wxString& path, const wxMemoryBuffer& bytes)
 {
-    const wxLogNull noLog; // the caller tells
-    wxFileOutputStream file(path);
-    if (!file.IsOk() || !file.WriteAll(bytes.GetData(), bytes.GetDataLen()) || !file.Close())
-        throw std::system_error(static_cast<int>(wxSysErrorCode()), std::generic_category());
+    qxspeech::OutputFile file(path);
+    file.Write(bytes.GetData(), bytes.GetDataLen());
+    file.Close();
 }
 
 QXTTSVoiceInfo ReadGoogleVoice(const wxJSONValue& element)
@@ -95,8 +92,22 @@ bool wxTTSGoogleHandler::Uninitialize()
     return true;
 }
 
+// An earlier speech may play on, and fail yet.
+void wxTTSGoogleHandler::BeginSpeech()
+{
+    ClearFailure();
+    if (IsSpeaking() || IsPaused())
+        WatchPlaying();
+}
+
+void wxTTSGoogleHandler::WatchPlaying()
+{
+    SetFailureSource([player = m_record->player] { return qxspeech::PlayingFailure(*player); });
+}
+
 bool wxTTSGoogleHandler::Speak(const wxString& text, int options, const wxString& outputFile)
 {
+    BeginSpeech();
     m_record->text = text;
     if (!outputFile.empty())
         return GenerateWavFile(outputFile);
@@ -107,9 +118,12 @@ bool wxTTSGoogleHandler::Speak(const wxString& text, int options, const wxString
 
 bool wxTTSGoogleHandler::SpeakFile(const wxString& filename, int options, const wxString& outputFile)
 {
+    BeginSpeech();
     wxString text;
-    if (!qxspeech::ReadSpeechFile(filename, text))
-        return Fail(wxGetTranslation(qxspeech::kCannotReadFile));
+    if (!qxspeech::ReadSpeechFile(filename, text)) {
+        Fail(wxGetTranslation(qxspeech::kCannotReadFile));
+        return SetFailure(wxTTS_FAILURE_TEXT, m_lastError);
+    }
     return Speak(text, options, outputFile);
 }
 
@@ -117,8 +131,26 @@ bool wxTTSGoogleHandler::PlayWavFile(const wxString&, bool, int, const wxString&
 {
     if (IsSpeaking() || IsPaused())
         Stop();
-    const wxString failure = qxspeech::PlayAudioFile(*m_record->player, m_record->files.current);
-    return failure.empty() || Fail(failure);
+    const wxString refused = qxspeech::PlayAudioFile(*m_record->player, m_record->files.current);
+    if (!refused.empty()) {
+        SetFailure(qxspeech::RefusedFailure(*m_record->player));
+        return Fail(refused);
+    }
+    WatchPlaying();
+    return true;
+}
+
+// The service's message becomes the last error; false, which leaves that alone, if there is none.
+bool wxTTSGoogleHandler::TakeRefusal(CloudResponse& response)
+{
+    const wxString message = ParseErrorMessage(response.ReadRefusal());
+    const wxTTSFailure failure = RefusalFailure(response, message);
+    SetFailure(failure);
+    if (IsRedirect(response))
+        m_lastError = failure.message;
+    else if (!message.empty())
+        m_lastError = GoogleErrorToMessage(response.GetStatus(), message);
+    return IsRedirect(response) || !message.empty();
 }
 
 bool wxTTSGoogleHandler::GenerateWavFile(const wxString& path)
@@ -133,28 +165,28 @@ bool wxTTSGoogleHandler::GenerateWavFile(const wxString& path)
                                                GetSpeed(wxTTS_QUANTITY_PERCENT)};
         CloudResponse response = qxspeech::SendCloudRequest(
             SynthesisRequest(QXTextToSpeech::GetAuthInfo().googleApiKey, qxspeech::GoogleSpeechBody(speech)));
-        const wxString body = response.ReadText();
-        const wxString message = ParseErrorMessage(body);
-        if (!message.empty())
-            m_lastError = GoogleErrorToMessage(response.GetStatus(), message);
         if (!response.IsOk()) {
-            if (!message.empty())
+            if (TakeRefusal(response))
                 QX_LOG("Google Text-to-Speech message: %s", m_lastError);
             return false;
         }
-        if (!message.empty()) // it may bring audio all the same
+        const wxString body = response.ReadText(qxspeech::kSpeechTextLimit);
+        const wxString message = ParseErrorMessage(body);
+        if (!message.empty()) { // it may bring audio all the same
+            m_lastError = GoogleErrorToMessage(response.GetStatus(), message);
             QX_LOG("Google Cloud Text-to-Speech message: %s", m_lastError);
+        }
         const wxJSONValue answer = wxJSONDocument().Parse(body);
         if (!answer.IsValid()) {
             QX_LOG("Failed requests Google Cloud Text-to-Speech");
-            return false;
+            return SetFailure(qxspeech::UnreadableFailure(response.GetPeer()));
         }
         TakeAudio(qxspeech::Member(answer, "audioContent"), path);
         return true;
     } catch (const std::exception& failure) {
         m_lastError = qxExceptionText(failure);
         QX_LOG("Error while getting Google Cloud speech: %s", m_lastError);
-        return false;
+        return SetFailure(qxspeech::CaughtFailure(failure));
     }
 }
 
@@ -174,20 +206,23 @@ void wxTTSGoogleHandler::TakeAudio(const wxJSONValue& audioContent, const wxStri
 
 bool wxTTSGoogleHandler::TestAuthentication(const QXTTSAuthInfo& authInfo)
 {
-    if (authInfo.googleApiKey.empty())
-        return Fail(_("Invalid API Key"));
+    if (authInfo.googleApiKey.empty()) {
+        Fail(_("Invalid API Key"));
+        return SetFailure(wxTTS_FAILURE_KEY, m_lastError);
+    }
     try {
         CloudResponse response =
             qxspeech::SendCloudRequest(SynthesisRequest(authInfo.googleApiKey, qxspeech::GoogleTestBody()));
         if (response.IsOk())
             return true;
-        m_lastError = GoogleErrorToMessage(response.GetStatus(), ParseErrorMessage(response.ReadText()));
+        if (!TakeRefusal(response))
+            m_lastError = GoogleErrorToMessage(response.GetStatus(), wxString());
         QX_LOG("Google Text-to-Speech message: %s", m_lastError);
         return false;
     } catch (const std::exception& failure) {
         m_lastError = qxExceptionText(failure);
         QX_LOG("Error while getting Google speech: %s", m_lastError);
-        return false;
+        return SetFailure(qxspeech::CaughtFailure(failure));
     }
 }
 
@@ -198,30 +233,37 @@ bool wxTTSGoogleHandler::GetAllVoices(std::vector<QXTTSVoiceInfo>& voices)
         request.url = wxString(kHost) + "/v1/voices";
         request.headers = {{"X-Goog-Api-Key", QXTextToSpeech::GetAuthInfo().googleApiKey}};
         CloudResponse response = qxspeech::SendCloudRequest(request);
-        const wxString body = response.ReadText();
+        if (!response.IsOk()) {
+            if (TakeRefusal(response))
+                QX_LOG("Google Text-to-Speech message: %s", m_lastError);
+            return false;
+        }
+        const wxString body = response.ReadText(qxspeech::kVoicesLimit);
         const wxString message = ParseErrorMessage(body);
         if (!message.empty()) {
             m_lastError = GoogleErrorToMessage(response.GetStatus(), message);
             QX_LOG("Google Text-to-Speech message: %s", m_lastError);
         }
-        if (response.IsOk())
-            TakeVoices(body, voices);
-        return response.IsOk();
+        TakeVoices(body, voices);
+        return true;
     } catch (const std::exception& failure) {
         m_lastError = qxExceptionText(failure);
         QX_LOG("Error while getting Google voice list: %s", m_lastError);
-        return false;
+        return SetFailure(qxspeech::CaughtFailure(failure));
     }
 }
 
-// An answer that cannot be read changes nothing; one without voices has none.
+// An answer that cannot be read changes nothing; one without voices has none, and one that breaks off takes no list's
+// place.
 void wxTTSGoogleHandler::TakeVoices(const wxString& body, std::vector<QXTTSVoiceInfo>& voices)
 {
-    const wxJSONValue answer = wxJSONDocument().Parse(body);
-    if (!answer.IsValid())
+    qxspeech::JsonAnswer answer;
+    if (!answer.Parse(body).IsValid())
         return;
-    m_record->voices = qxspeech::ReadVoices(qxspeech::Member(answer, "voices"), ReadGoogleVoice);
-    voices.insert(voices.end(), m_record->voices.begin(), m_record->voices.end());
+    std::vector<QXTTSVoiceInfo> fetched = qxspeech::ReadVoices(qxspeech::Member(answer, "voices"), ReadGoogleVoice);
+    voices.insert(voices.end(), fetched.begin(), fetched.end());
+    if (answer.IsWhole())
+        m_record->voices.swap(fetched);
 }
 
 wxString wxTTSGoogleHandler::GoogleErrorToMessage(int status, const wxString& message)

@@ -4,6 +4,11 @@
 
 #include "speech/ttshandler.h"
 
+namespace qxspeech
+{
+class CloudResponse;
+}
+
 // Engine "Google Cloud": one request for each speech, whose WAV file is played or is the host's. Made by the host or
 // the process-wide instance, owned by the front object from AddHandler on. One thread at a time; speak calls,
 // GetAllVoices and TestAuthentication block on the network, and nothing breaks them off. The key and the proxy are read
@@ -70,6 +75,9 @@ public:
 private:
     struct Record;
 
+    void BeginSpeech();
+    void WatchPlaying();
+    bool TakeRefusal(qxspeech::CloudResponse& response);
     void TakeAudio(const wxJSONValue& audioContent, const wxString& path);
     void TakeVoices(const wxString& body, std::vector<QXTTSVoiceInfo>& voices);
 

@@ -1,8 +1,10 @@
 // The Azure engine against its service: tokens, requests, refusals, voices. MIT licence.
 #include "speech/tts_azureapi.h"
 
+#include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <thread>
 
 #include "support/cloud_host.h"
 #include "support/handler_contract.h"
@@ -171,8 +173,10 @@ TEST_F(AzureHandler, TokenIsTextWhateverItsTextLabel)
         host.services.SetTokenType(label);
         wxLongLong_t expiry = -1;
         const QXTTSAuthInfo keys = host.GoodKeys();
+        LogCapture log;
         EXPECT_THAT(handler.RequestAccessToken(keys.azureRegion, keys.azureKey, &expiry).utf8_string(),
                     StartsWith("eyJ"));
+        EXPECT_EQ(LogText(log), "");
         EXPECT_EQ(expiry, time.tick + 540000);
     }
 }
@@ -239,7 +243,9 @@ TEST_F(AzureHandler, RefusalOfSpeechIsToldAndLeavesTheFile)
         EXPECT_EQ(LastError(), row.lastError);
         EXPECT_TRUE(FileIsUntouched());
         const bool silent = std::string(row.label) == "nothing said";
-        EXPECT_EQ(LogText(log), silent ? "" : "Azure Text-to-Speech message: " + LastError() + "\n");
+        EXPECT_THAT(LogText(log), StartsWith(std::string(kSpeechHost) + " (by the proxy 127.0.0.1:"));
+        EXPECT_EQ(LogText(log).find("Azure Text-to-Speech message: " + LastError() + "\n") == std::string::npos,
+                  silent);
     }
     EXPECT_TRUE(Speak());
     EXPECT_EQ(LastError(), "Unknown") << "a success clears nothing";
@@ -323,6 +329,61 @@ TEST_F(AzureHandler, NoSecretGetsIntoLogOrError)
     EXPECT_THAT(told, Not(HasSubstr("Bearer")));
 }
 
+TEST_F(AzureHandler, AnswerWithoutEndIsAFailureAndItsDownloadEnds)
+{
+    std::vector<QXTTSVoiceInfo> voices;
+    struct Row {
+        const char* path;
+        int status;
+        std::function<bool()> call;
+        const char* sentence;
+    };
+    for (const Row& row : {
+             Row{kTokenPath, 200, [this] { return handler.TestAuthentication(host.GoodKeys()); }, "longer than 1 MB."},
+             Row{kVoicesPath, 200, [&] { return handler.GetAllVoices(voices); }, "longer than 32 MB."},
+             Row{kSpeechPath, 403, [this] { return Speak(); }, "does not take the credentials."},
+             Row{kSpeechPath, 200, [this] { return handler.Speak("a", 0, "/dev/full"); },
+                 "/dev/full cannot be written"},
+         }) {
+        SCOPED_TRACE(row.path);
+        Inject(row.path, Fault::Change([&row](const Request&, loopback::Answer& answer) {
+                   answer.status = row.status;
+                   answer.SetHeader("Content-Type", "text/plain");
+                   answer.chunked = true;
+                   answer.body.unit.assign(65536, 'x');
+                   answer.body.repeat = std::uint64_t(1) << 40;
+               }));
+        std::promise<void> brokenOff;
+        host.services.SetObserver([&](const Request& request) {
+            if (request.path == row.path && request.status == 0)
+                brokenOff.set_value();
+        });
+        EXPECT_FALSE(row.call());
+        EXPECT_THAT(handler.GetLastFailure().message.utf8_string(), HasSubstr(row.sentence));
+        EXPECT_EQ(brokenOff.get_future().wait_for(std::chrono::seconds(30)), std::future_status::ready)
+            << "the service is still sending";
+        host.services.SetObserver(nullptr);
+    }
+}
+
+TEST_F(AzureHandler, HostThatFallsSilentEndsTheCall)
+{
+    ASSERT_TRUE(Speak());
+    Inject(kSpeechPath, Fault::Stall(loopback::Stage::kWithinBody));
+    std::promise<void> answered;
+    std::thread clock([this, over = answered.get_future()] {
+        host.services.WaitForStalls(1);
+        do
+            time.Step(31000);
+        while (over.wait_for(std::chrono::milliseconds(200)) == std::future_status::timeout);
+    });
+    EXPECT_FALSE(Speak());
+    answered.set_value();
+    clock.join();
+    EXPECT_EQ(LastError(), std::string("No answer from ") + kSpeechHost + " for 30 s.");
+    EXPECT_EQ(handler.GetLastFailure().category, wxTTS_FAILURE_NETWORK);
+}
+
 TEST_F(AzureHandler, InputFormatDecidesTheBody)
 {
     handler.SetProperty("Input format", wxString("SSML"));
@@ -384,10 +445,10 @@ TEST_F(AzureHandler, VoiceListIsAppendedAndKept)
     EXPECT_THAT(OwnHeaders(request), ElementsAre(Pair("Authorization", StartsWith("Bearer eyJ"))));
     EXPECT_TRUE(handler.GetPrevRequestTime().empty()) << "it is not limited";
 
-    for (const char* body : {"no JSON", R"({"voices":[]})"}) {
+    for (const char* body : {"no JSON", R"({"voices":[]})", R"([{"Locale":"yy"},)"}) {
         host.services.SetVoiceList(loopback::Service::kAzure, body);
-        EXPECT_TRUE(handler.GetAllVoices(voices));
-        EXPECT_EQ(voices.size(), 5u);
+        std::vector<QXTTSVoiceInfo> some;
+        EXPECT_TRUE(handler.GetAllVoices(some));
         EXPECT_EQ(handler.GetDefaultVoice(), voices[1]) << "what is no list changes nothing";
     }
     host.services.SetVoiceList(loopback::Service::kAzure, R"([{"Locale":"xx","Gender":"Neutral"}])");

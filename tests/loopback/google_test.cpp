@@ -55,6 +55,17 @@ protected:
     const wxString file = host.Path("speech.wav");
 };
 
+// To another of the stand-ins' hosts, which would be reached.
+Fault Redirection()
+{
+    return Fault::Change([](const Request&, loopback::Answer& answer) {
+        answer = {};
+        answer.status = 302;
+        answer.reason = "Found";
+        answer.SetHeader("Location", "https://polly.eu-central-1.amazonaws.com/v1/voices");
+    });
+}
+
 HandlerContract GoogleContract()
 {
     HandlerContract contract;
@@ -141,14 +152,22 @@ TEST_F(GoogleHandler, RefusalsAreToldAndLeaveTheFile)
         const char* label;
         Fault fault;
         const char* lastError;
+        wxTTSFailureCategory category;
     };
     for (const Row& row : {
-             Row{"known", Fault::Status(400, ErrorBody::kService, "Empty language code."), "Empty language code."},
-             Row{"bad request", Fault::Status(400, ErrorBody::kService, "No such voice."), "Invalid API Key."},
-             Row{"forbidden", Fault::Status(403, ErrorBody::kService), "The request is missing a valid API key."},
-             Row{"other", Fault::Status(503, ErrorBody::kJson, "Try later."), "Try later."},
-             Row{"unreadable", Fault::Status(500, ErrorBody::kHtml), "earlier"},
-             Row{"nothing said", Fault::Status(400, ErrorBody::kNone), "earlier"},
+             Row{"known", Fault::Status(400, ErrorBody::kService, "Empty language code."), "Empty language code.",
+                 wxTTS_FAILURE_VOICE},
+             Row{"bad request", Fault::Status(400, ErrorBody::kService, "`input.text` is longer than the limit."),
+                 "Invalid API Key.", wxTTS_FAILURE_TOO_LONG},
+             Row{"forbidden", Fault::Status(403, ErrorBody::kService), "The request is missing a valid API key.",
+                 wxTTS_FAILURE_KEY},
+             Row{"other", Fault::Status(503, ErrorBody::kJson, "Try later."), "Try later.", wxTTS_FAILURE_OTHER},
+             Row{"unreadable", Fault::Status(500, ErrorBody::kHtml), "earlier", wxTTS_FAILURE_OTHER},
+             Row{"nothing said", Fault::Status(400, ErrorBody::kNone), "earlier", wxTTS_FAILURE_OTHER},
+             Row{"redirected", Redirection(),
+                 "texttospeech.googleapis.com answered with a redirection, which is not "
+                 "followed: status 302 Found.",
+                 wxTTS_FAILURE_OTHER},
          }) {
         SCOPED_TRACE(row.label);
         SetEarlierError();
@@ -157,13 +176,17 @@ TEST_F(GoogleHandler, RefusalsAreToldAndLeaveTheFile)
         EXPECT_FALSE(Speak());
         EXPECT_EQ(LastError(), row.lastError);
         EXPECT_TRUE(FileIsUntouched());
+        EXPECT_EQ(handler.GetLastFailure().category, row.category);
+        EXPECT_EQ(host.services.Requests().back().host, kHost);
+        ASSERT_FALSE(log.records.empty());
+        EXPECT_THAT(log.records[0].text.utf8_string(), StartsWith(std::string(kHost) + " (by the proxy 127.0.0.1:"));
         if (LastError() == "earlier") {
             EXPECT_THAT(LogText(log), Not(HasSubstr("message")));
             continue;
         }
-        ASSERT_EQ(log.records.size(), 1u);
-        EXPECT_EQ(log.records[0].text.utf8_string(), "Google Text-to-Speech message: " + LastError());
-        EXPECT_EQ(log.records[0].function, "wxTTSGoogleHandler::GenerateWavFile");
+        ASSERT_EQ(log.records.size(), 2u);
+        EXPECT_EQ(log.records[1].text.utf8_string(), "Google Text-to-Speech message: " + LastError());
+        EXPECT_EQ(log.records[1].function, "wxTTSGoogleHandler::GenerateWavFile");
     }
 }
 
@@ -227,16 +250,19 @@ TEST_F(GoogleHandler, FailuresOnTheWayAreTextsAndNeverExceptions)
         EXPECT_FALSE(call());
         EXPECT_EQ(LastError(), "Failed to connect to any resolved proxy endpoint");
         host.services.RefuseConnections(false);
-        EXPECT_EQ(log.records.size(), 3u);
-        EXPECT_THAT(LogText(log), StartsWith(std::string(told) + "Error in SSL handshake\n"));
+        EXPECT_EQ(log.records.size(), 6u);
+        EXPECT_THAT(LogText(log),
+                    StartsWith(std::string(told) + "Error in SSL handshake\n" + kHost + " (by the proxy"));
     }
     EXPECT_TRUE(FileIsUntouched());
     Inject(Fault::Close(Stage::kWithinBody));
-    EXPECT_FALSE(Speak()) << "a body that breaks off is no JSON";
+    EXPECT_FALSE(Speak());
+    EXPECT_EQ(LastError(), "Failed to read response body");
     EXPECT_TRUE(FileIsUntouched());
 
     EXPECT_FALSE(handler.Speak("hello", 0, host.Path("no/such/folder.wav")));
-    EXPECT_THAT(LastError(), HasSubstr("No such file or directory"));
+    EXPECT_THAT(LastError(), HasSubstr("no/such/folder.wav: No such file or directory"));
+    EXPECT_EQ(handler.GetLastFailure().category, wxTTS_FAILURE_STORAGE);
 }
 
 TEST_F(GoogleHandler, WithoutADeviceOnlyPlayingFails)
@@ -296,8 +322,8 @@ TEST_F(GoogleHandler, AuthenticationTestSpeaksNothingWithTheKeyInQuestion)
     Inject(Fault::Status(500, ErrorBody::kNone));
     EXPECT_FALSE(handler.TestAuthentication(host.GoodKeys()));
     EXPECT_EQ(LastError(), "") << "also an empty message is told";
-    ASSERT_EQ(log.records.size(), 2u);
-    EXPECT_EQ(log.records[1].function, "wxTTSGoogleHandler::TestAuthentication");
+    ASSERT_EQ(log.records.size(), 4u);
+    EXPECT_EQ(log.records[3].function, "wxTTSGoogleHandler::TestAuthentication");
 }
 
 TEST_F(GoogleHandler, SpeakFileSendsTheFilesText)
@@ -338,9 +364,15 @@ TEST_F(GoogleHandler, VoiceListIsAppendedAndKept)
     EXPECT_EQ(request.method + request.host + request.target, std::string("GET") + kHost + "/v1/voices");
     EXPECT_THAT(OwnHeaders(request), ElementsAre(Pair("X-Goog-Api-Key", host.services.GetCredentials().googleKey)));
 
-    Inject(Fault::Text("application/json", "no JSON"));
-    EXPECT_TRUE(handler.GetAllVoices(voices));
-    EXPECT_EQ(handler.GetDefaultVoice(), voices[0]) << "what cannot be read changes nothing";
+    for (const char* body : {"no JSON", R"({"voices":[{"name":"x"},)"}) {
+        Inject(Fault::Text("application/json", body));
+        std::vector<QXTTSVoiceInfo> some;
+        EXPECT_TRUE(handler.GetAllVoices(some));
+        EXPECT_EQ(handler.GetDefaultVoice(), voices[0]) << "what cannot be read changes nothing";
+    }
+    Inject(Fault::Close(loopback::Stage::kWithinBody));
+    EXPECT_FALSE(handler.GetAllVoices(voices)) << "what breaks off is a failure";
+    EXPECT_EQ(handler.GetLastFailure().category, wxTTS_FAILURE_NETWORK);
     Inject(Fault::Text("application/json", R"({"error":{"message":"hm"},"voices":[{"name":"c"}]})"));
     EXPECT_TRUE(handler.GetAllVoices(voices));
     EXPECT_EQ(LastError(), "hm");

@@ -159,7 +159,9 @@ TEST_F(Polly, RefusalsAreToldByTheirType)
     services.Inject("", "/v1/speech", 1, Fault::Status(503, ErrorBody::kJson, "busy"));
     EXPECT_FALSE(handler.Speak("a", 0, Path("out.mp3")));
     EXPECT_EQ(handler.GetLastErrorMessage(), "") << "no header";
-    EXPECT_THAT(Texts(log), ElementsAre(HasSubstr("busy")));
+    EXPECT_THAT(Texts(log), ElementsAre(HasSubstr("busy"), HasSubstr("status 503: Service Unavailable")));
+    EXPECT_EQ(handler.GetLastFailure().status, 503);
+    EXPECT_THAT(handler.GetLastFailure().message.utf8_string(), HasSubstr("status 503 Service Unavailable"));
     EXPECT_EQ(ReadFileBytes(Path("out.mp3")), "before");
 }
 
@@ -202,12 +204,19 @@ TEST_F(Polly, WhatGoesWrongOnTheWayIsToldAndLogged)
         const char* label;
         Fault fault;
         const char* message;
+        wxTTSFailureCategory category;
+        const char* sentence;
     } rows[] = {
-        {"proxy refuses", Fault::ConnectStatus(407), "Expected a 200 response from proxy, received: 407"},
-        {"wrong host", Fault::BadCertificate(loopback::Certificate::kWrongHost), "Error in SSL handshake"},
-        {"untrusted", Fault::BadCertificate(loopback::Certificate::kUntrusted), "Error in SSL handshake"},
-        {"no answer", Fault::Close(Stage::kBeforeHeaders), "Failed to read HTTP status line"},
-        {"half a body", Fault::Close(Stage::kWithinBody), "Failed to read response body"},
+        {"proxy wants credentials", Fault::ConnectStatus(407), "Expected a 200 response from proxy, received: 407",
+         wxTTS_FAILURE_PROXY, " asks for credentials."},
+        {"wrong host", Fault::BadCertificate(loopback::Certificate::kWrongHost), "Error in SSL handshake",
+         wxTTS_FAILURE_CERTIFICATE, "The certificate of polly."},
+        {"no TLS", Fault::Raw(Stage::kHandshake, "hello, who is there?"), "Error in SSL handshake",
+         wxTTS_FAILURE_NETWORK, "No secure connection to polly."},
+        {"no answer", Fault::Close(Stage::kBeforeHeaders), "Failed to read HTTP status line", wxTTS_FAILURE_NETWORK,
+         "The connection to polly."},
+        {"half a body", Fault::Close(Stage::kWithinBody), "Failed to read response body", wxTTS_FAILURE_NETWORK,
+         " broke off."},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
@@ -215,7 +224,10 @@ TEST_F(Polly, WhatGoesWrongOnTheWayIsToldAndLogged)
         LogCapture log;
         EXPECT_FALSE(handler.Speak("some text that makes a body of many bytes", 0, Path("out.mp3")));
         EXPECT_EQ(handler.GetLastErrorMessage(), row.message);
-        EXPECT_THAT(Texts(log), ElementsAre("Error while getting AMZ speech: " + std::string(row.message)));
+        ASSERT_THAT(Texts(log), ElementsAre("Error while getting AMZ speech: " + std::string(row.message),
+                                            HasSubstr("polly.eu-central-1.amazonaws.com (by the proxy 127.0.0.1:")));
+        EXPECT_EQ(handler.GetLastFailure().category, row.category);
+        EXPECT_THAT(handler.GetLastFailure().message.utf8_string(), HasSubstr(row.sentence));
         ExpectNoSecrets(log);
         services.ClearFaults();
     }
@@ -225,20 +237,23 @@ TEST_F(Polly, WhatGoesWrongOnTheWayIsToldAndLogged)
     EXPECT_FALSE(handler.GetAllVoices(voices));
     EXPECT_FALSE(handler.TestAuthentication(host.GoodKeys()));
     const std::string reason = "Failed to connect to any resolved proxy endpoint";
-    EXPECT_THAT(Texts(log), ElementsAre("Error while getting AMZ voice list: " + reason,
-                                        "Error while testing AMZ authentication: " + reason));
+    EXPECT_THAT(Texts(log), ElementsAre("Error while getting AMZ voice list: " + reason, HasSubstr(reason),
+                                        "Error while testing AMZ authentication: " + reason, HasSubstr(reason)));
+    EXPECT_EQ(handler.GetLastFailure().category, wxTTS_FAILURE_PROXY);
 }
 
 TEST_F(Polly, BadRegionOrFileIsAFailureNotAnException)
 {
     QXTTSAuthInfo info = host.GoodKeys();
-    for (const char* region : {"", "a b", "h\xc3\xa9", "x/y?z#", "a@b", "%"}) {
+    for (const char* region : {"", "a b", "h\xc3\xa9", "x/y?z#", "a@b", "%", "host/", "a@host/", "host:443/"}) {
         info.awsRegion = wxString::FromUTF8(region);
         QXTextToSpeech::SetAuthInfo(info);
         EXPECT_FALSE(handler.Speak("a", 0, Path("out.mp3"))) << region;
         EXPECT_FALSE(handler.TestAuthentication(info)) << region;
         EXPECT_FALSE(handler.GetLastErrorMessage().empty()) << region;
+        EXPECT_EQ(handler.GetLastFailure().message, "The region is invalid.");
     }
+    EXPECT_TRUE(services.Connects().empty());
     QXTextToSpeech::SetAuthInfo(host.GoodKeys());
     EXPECT_FALSE(handler.Speak("a", 0, Path("missing/out.mp3")));
     EXPECT_THAT(std::string(handler.GetLastErrorMessage().utf8_str()), HasSubstr("No such file or directory"));

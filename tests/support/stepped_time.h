@@ -2,6 +2,8 @@
 #ifndef QXSPEECH_TESTS_SUPPORT_STEPPED_TIME_H
 #define QXSPEECH_TESTS_SUPPORT_STEPPED_TIME_H
 
+#include <atomic>
+
 #include "common/timesource.h"
 
 // In force from construction to destruction.
@@ -28,8 +30,8 @@ public:
             utc += milliseconds;
     }
 
-    std::uint32_t tick = 1000;
-    std::int64_t utc = 1795000000000; // 2026-11-18
+    std::atomic<std::uint32_t> tick{1000}; // may be stepped beside the thread that reads it
+    std::int64_t utc = 1795000000000;      // 2026-11-18
     bool utcStopped = false;
     int sleeps = 0;
 };

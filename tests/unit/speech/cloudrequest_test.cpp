@@ -9,11 +9,13 @@
 
 #include "common/utils.h"
 #include "core/qxproxysettings.h"
+#include "speech/arrivingbody.h"
 #include "speech/cloudtext.h"
 #include "speech/qxtexttospeech.h"
 #include "support/http_answers.h"
 #include "support/log_capture.h"
 #include "support/scratch_dir.h"
+#include "support/stepped_time.h"
 
 using qxspeech::CloudRequest;
 using qxspeech::CloudResponse;
@@ -80,7 +82,7 @@ TEST(CloudRequest, GoesOutAsGivenAndBringsTheAnswer)
                                                        "apot"));
     EXPECT_EQ(response.GetHeader("x-amzn-errortype"), "Some:thing");
     EXPECT_EQ(response.GetHeader("absent"), "");
-    EXPECT_EQ(response.ReadText(), wxString::FromUTF8("caf\xc3\xa9"));
+    EXPECT_EQ(response.ReadText(qxspeech::kShortTextLimit), wxString::FromUTF8("caf\xc3\xa9"));
 
     const std::string& sent = server.Requests().at(0);
     EXPECT_THAT(sent, StartsWith("POST /v1/a:b?c=d HTTP/1.1\r\n"));
@@ -113,7 +115,7 @@ TEST(CloudRequest, GoesThroughTheProcessWideProxy)
     QXTextToSpeech::SetProxySettings(&settings);
     CloudResponse response = SendCloudRequest(Get("http://service.invalid/v1"));
     QXTextToSpeech::SetProxySettings(nullptr);
-    EXPECT_EQ(response.ReadText(), "by proxy");
+    EXPECT_EQ(response.ReadText(qxspeech::kShortTextLimit), "by proxy");
     EXPECT_THAT(proxy.Requests().at(0), StartsWith("GET http://service.invalid/v1 HTTP/1.1\r\n"));
     EXPECT_THAT(proxy.Requests().at(0), HasSubstr("Proxy-Authorization: Basic dXNlcjpzZWNyZXQ=\r\n"));
 }
@@ -176,6 +178,29 @@ TEST(CloudResponse, FileThatTakesNothingThrows)
     for (const std::string& path : {folder / "missing/a.wav", std::string("/dev/full"), std::string("/dev/full")}) {
         CloudResponse response = SendCloudRequest(Get(server.Url("/")));
         EXPECT_THAT(Thrown([&] { response.SaveToFile(wxString::FromUTF8(path)); }), Not(IsEmpty())) << path;
+    }
+}
+
+TEST(TransferPace, OnlyWaitingCounts)
+{
+    using qxspeech::TransferPace;
+    SteppedTime time;
+    TransferPace pace;
+    pace.BeginWait();
+    time.Step(30000);
+    EXPECT_EQ(pace.Look(0), TransferPace::Verdict::kGood);
+    time.Step(1000);
+    EXPECT_EQ(pace.Look(0), TransferPace::Verdict::kSilent);
+    for (const std::uint64_t bytes : {342, 341}) { // three times: 1 KB or a little less
+        pace = TransferPace();
+        TransferPace::Verdict last = TransferPace::Verdict::kSilent;
+        for (std::uint64_t i = 1; i <= 3; ++i) {
+            time.Step(1000000); // at work on what it has
+            pace.BeginWait();
+            time.Step(20000);
+            last = pace.Look(i * bytes);
+        }
+        EXPECT_EQ(last, bytes == 342 ? TransferPace::Verdict::kGood : TransferPace::Verdict::kTooSlow);
     }
 }
 
