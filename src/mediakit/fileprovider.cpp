@@ -28,6 +28,21 @@ bool MKFileProvider::SetD3D11Device(ID3D11Device* device, ID3D11DeviceContext* c
     return Impl()->SetD3D11Device(device, context);
 }
 
+void MKFileProvider::SetExactSeek(bool exact)
+{
+    Impl()->SetExactSeek(exact);
+}
+
+void MKFileProvider::SetDeepReadAhead(bool deep)
+{
+    Impl()->SetDeepReadAhead(deep);
+}
+
+MKPictureShape MKFileProvider::GetPictureShape(size_t index)
+{
+    return Impl()->GetPictureShape(index);
+}
+
 bool MKFileProvider::Open()
 {
     return impl->Open();

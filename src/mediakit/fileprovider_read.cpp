@@ -5,6 +5,7 @@ extern "C" {
 #include <libavutil/common.h>
 }
 
+#include <algorithm>
 #include <mutex>
 
 #include "common/logging.h"
@@ -45,7 +46,7 @@ bool MKFileProviderImpl::Seek(int64_t timestamp)
     }
     for (MKFileStreamData* data : streams) {
         if (data && data->IsDecoding())
-            data->Restart(target);
+            data->Restart(target, exactSeek ? std::max<int64_t>(timestamp, 0) : AV_NOPTS_VALUE);
     }
     return true;
 }
@@ -92,32 +93,33 @@ int MKFileProviderImpl::Decode(size_t index, AVFrame* frame, Fetched& fetched)
         LogDecodeError(index, *data->codecContext);
         return kEndOfStream;
     }
-    const int result = avcodec_receive_frame(data->codecContext, frame);
+    const int result = data->Receive(FindStream(index), frame);
     if (result == AVERROR_EOF)
         return kEndOfStream;
     if (result == AVERROR(EAGAIN)) {
-        fetched = SendNextPacket(index, data->codecContext);
+        fetched = SendNextPacket(index, data);
         return 0;
     }
     if (result < 0) {
         LogDecodeError(index, *data->codecContext);
         return 0;
     }
-    data->Stamp(FindStream(index), frame);
-    return 1;
+    return result;
 }
 
 // Gives the decoder the stream's next packet, at the end of the file a null, which has it give what it still holds.
-MKFileProviderImpl::Fetched MKFileProviderImpl::SendNextPacket(size_t index, AVCodecContext* context)
+MKFileProviderImpl::Fetched MKFileProviderImpl::SendNextPacket(size_t index, MKFileStreamData* data)
 {
     AVPacket* packet = nullptr;
     const Fetched fetched = FetchPacket(index, packet);
     if (fetched != Fetched::Packet)
         return fetched;
-    const int result = avcodec_send_packet(context, packet);
+    // Some files read on behind a failure, while this stream's reader has left: nobody would take its packets.
+    data->isDraining = !packet;
+    const int result = avcodec_send_packet(data->codecContext, packet);
     av_packet_free(&packet);
     if (result < 0)
-        LogDecodeError(index, *context);
+        LogDecodeError(index, *data->codecContext);
     return fetched;
 }
 
@@ -144,13 +146,20 @@ MKFileProviderImpl::Fetched MKFileProviderImpl::FetchPacket(size_t index, AVPack
         if (owner == index)
             return Fetched::Packet;
         const MKFileStreamData* data = FindData(owner);
-        if (data && data->IsDecoding() && !data->discard)
-            packets.Append(packet);
+        if (data && data->IsDecoding() && !data->discard && !data->isDraining)
+            Keep(packet);
         else if (av_packet_free(&packet); skipped >= kMostSkippedPackets)
             return Fetched::Nothing;
     }
     packet = nullptr;
     return Fetched::NoRoom;
+}
+
+void MKFileProviderImpl::Keep(AVPacket* packet)
+{
+    const int64_t time = packet->dts == AV_NOPTS_VALUE ? packet->pts : packet->dts;
+    const AVRational unit = formatContext->streams[packet->stream_index]->time_base;
+    packets.Append(packet, time == AV_NOPTS_VALUE ? time : av_rescale_q(time, unit, kMicroseconds));
 }
 
 void MKFileProviderImpl::DropPackets()

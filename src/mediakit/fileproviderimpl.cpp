@@ -13,6 +13,7 @@ extern "C" {
 #include "common/logging.h"
 #include "mediakit/d3d11device.h"
 #include "mediakit/ffmpegcompat.h"
+#include "mediakit/pictureshape.h"
 
 namespace
 {
@@ -63,6 +64,31 @@ bool MKFileProviderImpl::SetD3D11Device(ID3D11Device* device, ID3D11DeviceContex
     d3d11Device = device;
     d3d11Context = context;
     return true;
+}
+
+void MKFileProviderImpl::SetExactSeek(bool exact)
+{
+    std::lock_guard<MKDecodeLock> hold(lock);
+    exactSeek = exact;
+}
+
+void MKFileProviderImpl::SetDeepReadAhead(bool deep)
+{
+    std::lock_guard<MKDecodeLock> hold(lock);
+    packets.SetDeep(deep);
+    lock.Notice(); // a reader may wait for room
+}
+
+MKPictureShape MKFileProviderImpl::GetPictureShape(size_t index)
+{
+    std::lock_guard<MKDecodeLock> hold(lock);
+    const char* reason = WhyNot(index, "Could not get picture shape, maybe the file is not opened",
+                                "Could not get picture shape, invalid index");
+    if (reason) {
+        QX_LOG("%s", wxString(reason));
+        return MKPictureShape();
+    }
+    return mkPictureShape(formatContext, formatContext->streams[index]);
 }
 
 bool MKFileProviderImpl::Open()

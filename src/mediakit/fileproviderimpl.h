@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "mediakit/decodelock.h"
+#include "mediakit/fileprovider.h"
 #include "mediakit/filestream.h"
 #include "mediakit/nodeimpl.h"
 #include "mediakit/packetlist.h"
@@ -19,6 +20,9 @@ public:
 
     void SetFileName(const std::string& path);
     bool SetD3D11Device(ID3D11Device* device, ID3D11DeviceContext* context);
+    void SetExactSeek(bool exact);
+    void SetDeepReadAhead(bool deep);
+    MKPictureShape GetPictureShape(size_t index);
 
     bool Open() override;
     bool Close() override;
@@ -55,8 +59,9 @@ private:
     void DropPackets(size_t index);
     const char* WhyNotRead(size_t index) const;
     int Decode(size_t index, AVFrame* frame, Fetched& fetched);
-    Fetched SendNextPacket(size_t index, AVCodecContext* context);
+    Fetched SendNextPacket(size_t index, MKFileStreamData* data);
     Fetched FetchPacket(size_t index, AVPacket*& packet);
+    void Keep(AVPacket* packet);
 
     static constexpr int64_t kUnknownDuration = 1;
 
@@ -67,7 +72,8 @@ private:
     std::vector<MKFileStreamData*> streams;   // owned; null until opened
     MKPacketList packets;                     // read while another stream was asked for
     int64_t duration = kUnknownDuration;      // microseconds
-    ID3D11Device* d3d11Device = nullptr;      // with a reference
+    bool exactSeek = false;
+    ID3D11Device* d3d11Device = nullptr; // with a reference
     ID3D11DeviceContext* d3d11Context = nullptr;
 };
 

@@ -80,6 +80,8 @@ AVPixelFormat mkChooseDecoderFormat(AVCodecContext*, const AVPixelFormat* offere
 MKFileStreamData::~MKFileStreamData()
 {
     avcodec_free_context(&codecContext);
+    av_frame_free(&earlier);
+    av_frame_free(&later);
 }
 
 const char* MKFileStreamData::OpenDecoder(const AVStream* stream, const AVCodec* decoder, ID3D11Device* device,
@@ -117,28 +119,85 @@ bool MKFileStreamData::IsDecoding() const
            (codecContext->codec_type == AVMEDIA_TYPE_AUDIO || codecContext->codec_type == AVMEDIA_TYPE_VIDEO);
 }
 
-void MKFileStreamData::Restart(int64_t target)
+void MKFileStreamData::Restart(int64_t target, int64_t newPlace)
 {
     avcodec_flush_buffers(codecContext);
-    timeStamp = target;
+    av_frame_free(&earlier);
+    av_frame_free(&later);
+    place = newPlace;
+    timeStamp = place == AV_NOPTS_VALUE ? target : place;
     nextPts = target;
     lastRescalePts = AV_NOPTS_VALUE;
+    isDraining = false;
 }
 
-void MKFileStreamData::Stamp(const AVStream* stream, AVFrame* frame)
+int MKFileStreamData::Receive(const AVStream* stream, AVFrame* frame)
 {
-    ++frameCount;
+    if (later) {
+        av_frame_move_ref(frame, later);
+        av_frame_free(&later);
+        return Count(frame);
+    }
+    const int result = avcodec_receive_frame(codecContext, frame);
+    if (result == AVERROR_EOF && earlier)
+        return GiveEarlier(frame); // it lasts until the end
+    if (result < 0)
+        return result;
+    return Choose(frame, Stamp(stream, frame));
+}
+
+int64_t MKFileStreamData::Stamp(const AVStream* stream, AVFrame* frame)
+{
     if (codecContext->codec_type == AVMEDIA_TYPE_AUDIO)
-        StampAudio(stream->time_base, frame);
-    else if (codecContext->codec_type == AVMEDIA_TYPE_VIDEO)
-        StampVideo(stream, frame);
-    else if (frame->pts != AV_NOPTS_VALUE)
+        return StampAudio(stream->time_base, frame);
+    if (codecContext->codec_type == AVMEDIA_TYPE_VIDEO)
+        return StampVideo(stream, frame);
+    if (frame->pts != AV_NOPTS_VALUE)
         frame->pts = av_rescale_q(frame->pts, stream->time_base, kMicroseconds);
+    return 0;
+}
+
+// What ends before the place sought is left out. How long a picture lasts is often told wrong: the last of those is
+// kept until it is known whether the next one begins before the place, too.
+int MKFileStreamData::Choose(AVFrame* frame, int64_t duration)
+{
+    if (place == AV_NOPTS_VALUE)
+        return Count(frame);
+    const bool isPicture = codecContext->codec_type == AVMEDIA_TYPE_VIDEO;
+    if (frame->pts < place && av_sat_add64(frame->pts, duration) <= place) {
+        av_frame_free(&earlier);
+        if (isPicture)
+            earlier = av_frame_clone(frame);
+        av_frame_unref(frame);
+        return 0;
+    }
+    if (earlier && frame->pts > place) {
+        later = av_frame_clone(frame);
+        av_frame_unref(frame);
+        return GiveEarlier(frame);
+    }
+    return Count(frame);
+}
+
+// With the place as its time stamp, since that is when it is to be seen.
+int MKFileStreamData::GiveEarlier(AVFrame* frame)
+{
+    av_frame_move_ref(frame, earlier);
+    frame->pts = place;
+    return Count(frame);
+}
+
+int MKFileStreamData::Count(const AVFrame* frame)
+{
+    av_frame_free(&earlier);
+    place = AV_NOPTS_VALUE;
+    ++frameCount;
     timeStamp = frame->pts;
+    return 1;
 }
 
 // Container time bases can be coarser than a sample: the samples counted since the last frame make the times even.
-void MKFileStreamData::StampAudio(AVRational timeBase, AVFrame* frame)
+int64_t MKFileStreamData::StampAudio(AVRational timeBase, AVFrame* frame)
 {
     const int samples = std::max(frame->nb_samples, 0);
     const int rate = codecContext->sample_rate;
@@ -149,15 +208,17 @@ void MKFileStreamData::StampAudio(AVRational timeBase, AVFrame* frame)
         frame->pts = av_rescale_delta(timeBase, frame->pts, {1, rate}, samples, &lastRescalePts, kMicroseconds);
     else
         frame->pts = av_rescale_q(frame->pts, timeBase, kMicroseconds);
-    if (rate > 0)
-        nextPts = av_sat_add64(nextPts, samples * kSecond / rate);
+    const int64_t duration = rate > 0 ? samples * kSecond / rate : 0;
+    nextPts = av_sat_add64(nextPts, duration);
+    return duration;
 }
 
-void MKFileStreamData::StampVideo(const AVStream* stream, AVFrame* frame)
+int64_t MKFileStreamData::StampVideo(const AVStream* stream, AVFrame* frame)
 {
     frame->pts = frame->pts == AV_NOPTS_VALUE ? nextPts : av_rescale_q(frame->pts, stream->time_base, kMicroseconds);
     const int64_t duration = frame->pkt_duration != 0
                                  ? av_rescale_q(frame->pkt_duration, stream->time_base, kMicroseconds)
                                  : PictureDuration(*codecContext, stream);
     nextPts = av_sat_add64(nextPts, duration);
+    return duration;
 }

@@ -30,22 +30,34 @@ struct MKFileStreamData {
     bool IsOpen() const;
     // True if frames can be asked for. Decoders of subtitles make none, and break if they are asked.
     bool IsDecoding() const;
-    // Forgets what the decoder holds and goes on at target.
-    void Restart(int64_t target);
-    // Counts a decoded frame and turns its time stamp into microseconds.
-    void Stamp(const AVStream* stream, AVFrame* frame);
+    // Forgets what the decoder holds and goes on at target. Frames that end before newPlace are not to be given;
+    // AV_NOPTS_VALUE: all are.
+    void Restart(int64_t target, int64_t newPlace);
+    // The next frame, its time stamp turned into microseconds. 1: it is to be given; 0: one was decoded that is not;
+    // negative: as avcodec_receive_frame.
+    int Receive(const AVStream* stream, AVFrame* frame);
 
     AVCodecContext* codecContext = nullptr; // owned
-    int64_t timeStamp = AV_NOPTS_VALUE;     // of the last frame given
+    int64_t timeStamp = AV_NOPTS_VALUE;     // of the last frame given, or the place sought
     int64_t nextPts = 0;                    // expected of the next frame
     int64_t lastRescalePts = AV_NOPTS_VALUE;
     int64_t frameCount = 0;  // given
-    int64_t sampleCount = 0; // given, per channel
+    int64_t sampleCount = 0; // decoded, per channel
     bool discard = false;
+    bool isDraining = false; // the end was met: no more packets until Restart
 
 private:
-    void StampAudio(AVRational timeBase, AVFrame* frame);
-    void StampVideo(const AVStream* stream, AVFrame* frame);
+    // These answer how long the frame lasts.
+    int64_t Stamp(const AVStream* stream, AVFrame* frame);
+    int64_t StampAudio(AVRational timeBase, AVFrame* frame);
+    int64_t StampVideo(const AVStream* stream, AVFrame* frame);
+    int Choose(AVFrame* frame, int64_t duration);
+    int GiveEarlier(AVFrame* frame);
+    int Count(const AVFrame* frame);
+
+    int64_t place = AV_NOPTS_VALUE; // what ends before it is not given
+    AVFrame* earlier = nullptr;     // owned; the last picture that seemed to end before place
+    AVFrame* later = nullptr;       // owned; one that waits until the earlier one was given
 };
 
 // Of the formats that a decoder offers (the list ends with AV_PIX_FMT_NONE) the one on a Direct3D 11 device, else the

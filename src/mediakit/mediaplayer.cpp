@@ -85,6 +85,8 @@ void MKMediaPlayer::SetAudioDevice(const std::string& id)
 
 bool MKMediaPlayer::OpenMedia()
 {
+    if (RefuseOwnThread())
+        return false; // the provider stays the record's
     std::unique_ptr<MKProvider> provider = std::move(record->provider);
     Close(); // before the record is cleared: what ends there may still fail
     record->failures->Clear();
@@ -114,7 +116,7 @@ MKAVDisplay* MKMediaPlayer::Display() const
 
 bool MKMediaPlayer::Play()
 {
-    MKAVDisplay* const display = Display();
+    MKAVDisplay* const display = RefuseOwnThread() ? nullptr : Display();
     if (!display)
         return false;
     const MKTransformState state = GetState();
@@ -143,7 +145,7 @@ bool MKMediaPlayer::Pause()
 // The displays come first, so that the clock runs before frames flow.
 bool MKMediaPlayer::Resume()
 {
-    MKAVDisplay* const display = Display();
+    MKAVDisplay* const display = RefuseOwnThread() ? nullptr : Display();
     if (!display || (display->GetAudioDisplay() && !display->GetAudioDisplay()->ResumeStream()))
         return false;
     if (display->GetVideoDisplay() && !display->GetVideoDisplay()->Resume())
@@ -153,9 +155,17 @@ bool MKMediaPlayer::Resume()
 
 bool MKMediaPlayer::Stop()
 {
-    if (!MKTransform::Stop())
+    if (RefuseOwnThread())
         return false;
     MKAVDisplay* const display = Display();
+    MKVideoDisplay* const video = display ? display->GetVideoDisplay() : nullptr;
+    if (video)
+        video->SetInterrupted(true); // the picture that a Write waits for may be due in an hour
+    const bool stopped = MKTransform::Stop();
+    if (video)
+        video->SetInterrupted(false);
+    if (!stopped)
+        return false;
     return !display || !display->GetAudioDisplay() || display->GetAudioDisplay()->StopStream();
 }
 

@@ -94,8 +94,8 @@ public:
     // The clock stands at once; what the device holds already is still heard.
     bool Pause() override;
     bool Resume() override;
-    // Waits for a write that is under way (85 ms of sound, or a picture's time) and until the device has played what it
-    // holds. What is queued is dropped.
+    // Waits for a write of sound that is under way (85 ms) and until the device has played what it holds, for no
+    // picture's time. What is queued is dropped.
     bool Stop() override;
 
     // Why OpenMedia or Play was refused, or what ended the sound before its time: the device does not open, does not

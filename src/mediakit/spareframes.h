@@ -1,4 +1,4 @@
-// Sound frames whose memory is handed from the reader of a queue back to its writer. MIT licence.
+// Frames whose memory is handed from the reader of a queue back to its writer. MIT licence.
 #ifndef QXSPEECH_MEDIAKIT_SPAREFRAMES_H
 #define QXSPEECH_MEDIAKIT_SPAREFRAMES_H
 
@@ -13,10 +13,12 @@
 class SpareFrames
 {
 public:
-    // Leaves the frame empty. What somebody else holds too, or what is no sound, is let go.
+    // Leaves the frame empty. What somebody else holds too, or what lies on a device, is let go.
     void Give(MKFrame& frame);
     // Fills an empty frame, if there is something to fill it with.
     void Take(MKFrame& frame);
+    // Frees what there is.
+    void Drop();
 
 private:
     std::mutex lock;

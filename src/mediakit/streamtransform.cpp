@@ -14,12 +14,20 @@ extern "C" {
 #include "mediakit/frameconverter.h"
 #include "mediakit/spareframes.h"
 
+namespace
+{
+
+thread_local const void* ownerOfThread = nullptr;
+
+} // namespace
+
 // Lock order: the transform's lock, controlLock, stateLock, the queue's own lock. The threads take the last two only,
 // and neither round a call to a node.
 class MKStreamTransformImpl
 {
 public:
-    MKStreamTransformImpl(MKProvider* from, MKConsumer* to, size_t fromIndex, size_t toIndex, bool hardware);
+    MKStreamTransformImpl(MKProvider* from, MKConsumer* to, size_t fromIndex, size_t toIndex, bool hardware,
+                          const void* pumpOwner);
     ~MKStreamTransformImpl() { Stop(); }
     MKStreamTransformImpl(const MKStreamTransformImpl&) = delete;
     MKStreamTransformImpl& operator=(const MKStreamTransformImpl&) = delete;
@@ -58,6 +66,7 @@ private:
     const size_t providerIndex;
     const size_t consumerIndex;
     const bool hardwareConversion;
+    const void* const owner;
 
     std::mutex controlLock; // one Start or Stop at a time
     // guarded by controlLock; null while there are no threads to join
@@ -78,8 +87,9 @@ private:
 };
 
 MKStreamTransformImpl::MKStreamTransformImpl(MKProvider* from, MKConsumer* to, size_t fromIndex, size_t toIndex,
-                                             bool hardware)
-    : provider(from), consumer(to), providerIndex(fromIndex), consumerIndex(toIndex), hardwareConversion(hardware)
+                                             bool hardware, const void* pumpOwner)
+    : provider(from), consumer(to), providerIndex(fromIndex), consumerIndex(toIndex), hardwareConversion(hardware),
+      owner(pumpOwner)
 {
 }
 
@@ -168,6 +178,7 @@ void MKStreamTransformImpl::EndThreads()
     std::lock_guard<std::mutex> hold(stateLock);
     queue.reset();
     converter.reset();
+    spareFrames.Drop();
     state = MKTransformClosed;
     threadCount = 0;
 }
@@ -180,6 +191,7 @@ MKTransformState MKStreamTransformImpl::GetState() const
 
 void MKStreamTransformImpl::ReadLoop()
 {
+    ownerOfThread = owner;
     {
         MKFrame scratch;
         bool slotReady = false; // the slot at the queue's end is allocated
@@ -242,6 +254,7 @@ MKStreamTransformImpl::Delivery MKStreamTransformImpl::Settle(int result, bool a
 
 void MKStreamTransformImpl::WriteLoop()
 {
+    ownerOfThread = owner;
     // Asked in this order: the other thread queues its last frames before it leaves.
     while (PassGate() && !(OtherHasLeft() && queue->GetCount() == 0)) {
         MKFrame* const frame = queue->ReadSlot();
@@ -300,12 +313,13 @@ void MKStreamTransformImpl::Leave()
         return;
     oldQueue.swap(queue);
     oldConverter.swap(converter);
+    spareFrames.Drop();
     state = MKTransformStopped;
 }
 
 MKStreamTransform::MKStreamTransform(MKProvider* provider, MKConsumer* consumer, size_t providerIndex,
-                                     size_t consumerIndex, bool hardwareConversion)
-    : impl(new MKStreamTransformImpl(provider, consumer, providerIndex, consumerIndex, hardwareConversion))
+                                     size_t consumerIndex, bool hardwareConversion, const void* owner)
+    : impl(new MKStreamTransformImpl(provider, consumer, providerIndex, consumerIndex, hardwareConversion, owner))
 {
 }
 
@@ -337,4 +351,9 @@ bool MKStreamTransform::Stop()
 MKTransformState MKStreamTransform::GetState() const
 {
     return impl->GetState();
+}
+
+const void* MKStreamTransform::OwnerOfThread()
+{
+    return ownerOfThread;
 }

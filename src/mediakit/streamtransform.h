@@ -19,9 +19,10 @@ class MKStreamTransformImpl;
 class MKStreamTransform
 {
 public:
-    // The indices are those of the stream at each node (not owned, outlive the pump).
+    // The indices are those of the stream at each node (not owned, outlive the pump). owner is whatever OwnerOfThread
+    // is to answer on its two threads.
     MKStreamTransform(MKProvider* provider, MKConsumer* consumer, size_t providerIndex, size_t consumerIndex,
-                      bool hardwareConversion);
+                      bool hardwareConversion, const void* owner);
     // As Stop.
     virtual ~MKStreamTransform();
     MKStreamTransform(const MKStreamTransform&) = delete;
@@ -35,6 +36,8 @@ public:
     virtual bool Stop();
 
     MKTransformState GetState() const;
+    // Of the pump whose thread is calling; null on any other thread.
+    static const void* OwnerOfThread();
 
 private:
     MKStreamTransformImpl* impl; // owned

@@ -1,6 +1,7 @@
 // The graph of one provider, one consumer and the pumps between them. MIT licence.
 #include "mediakit/transform.h"
 
+#include <atomic>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -12,11 +13,12 @@
 // lock is the outermost lock of the kit's graphs; the pumps' threads never take it.
 struct MKTransform::Record {
     std::mutex lock;
+    // changed under lock; the pumps' threads read it without
+    std::atomic<MKTransformState> state{MKTransformClosed};
+    std::unique_ptr<MKConsumer> consumer; // may be null; never changed while a pump has threads
     // guarded by lock
     std::unique_ptr<MKProvider> provider;
-    std::unique_ptr<MKConsumer> consumer; // may be null
     std::list<std::unique_ptr<MKStreamTransform>> streams;
-    MKTransformState state = MKTransformClosed;
     bool hardwareConversion = true;
 
     void Close();
@@ -53,8 +55,8 @@ bool MKTransform::Record::OpenStream(size_t index, const std::function<void(MKSt
     const size_t consumerIndex = static_cast<size_t>(consumer->GetStreamCount());
     if (!consumer->OpenStream(consumerIndex, &params))
         return false;
-    streams.push_back(
-        std::make_unique<MKStreamTransform>(provider.get(), consumer.get(), index, consumerIndex, hardwareConversion));
+    streams.push_back(std::make_unique<MKStreamTransform>(provider.get(), consumer.get(), index, consumerIndex,
+                                                          hardwareConversion, this));
     return true;
 }
 
@@ -75,9 +77,26 @@ MKTransform::~MKTransform()
     delete record;
 }
 
+bool MKTransform::IsOwnThread() const
+{
+    return MKStreamTransform::OwnerOfThread() == record;
+}
+
+bool MKTransform::RefuseOwnThread() const
+{
+    if (IsOwnThread())
+        QX_LOG("MKTransform called from a thread of its own");
+    return IsOwnThread();
+}
+
 bool MKTransform::Open(MKProvider* provider, MKConsumer* consumer, std::function<void(MKStreamParameters*)> filter)
 {
     const auto chosen = std::move(filter);
+    if (RefuseOwnThread()) {
+        delete consumer;
+        delete provider;
+        return false;
+    }
     Close();
     std::lock_guard<std::mutex> hold(record->lock);
     record->Close(); // a derived class may have refused to
@@ -96,6 +115,8 @@ bool MKTransform::Open(MKProvider* provider, MKConsumer* consumer, std::function
 
 bool MKTransform::Close()
 {
+    if (RefuseOwnThread())
+        return false;
     std::lock_guard<std::mutex> hold(record->lock);
     record->Close();
     return true;
@@ -103,6 +124,8 @@ bool MKTransform::Close()
 
 bool MKTransform::Start()
 {
+    if (RefuseOwnThread())
+        return false;
     std::lock_guard<std::mutex> hold(record->lock);
     if (record->state != MKTransformReady && record->state != MKTransformStopped) {
         QX_LOG("MKTransform not ready");
@@ -116,6 +139,8 @@ bool MKTransform::Start()
 
 bool MKTransform::Pause()
 {
+    if (RefuseOwnThread())
+        return false;
     std::lock_guard<std::mutex> hold(record->lock);
     if (record->state != MKTransformRunning) {
         QX_LOG("MKTransform not running");
@@ -129,6 +154,8 @@ bool MKTransform::Pause()
 
 bool MKTransform::Resume()
 {
+    if (RefuseOwnThread())
+        return false;
     std::lock_guard<std::mutex> hold(record->lock);
     if (record->state != MKTransformPaused) {
         QX_LOG("MKTransform not pausing");
@@ -142,6 +169,8 @@ bool MKTransform::Resume()
 
 bool MKTransform::Stop()
 {
+    if (RefuseOwnThread())
+        return false;
     std::lock_guard<std::mutex> hold(record->lock);
     if (record->state != MKTransformRunning && record->state != MKTransformPaused)
         return true;
@@ -153,6 +182,8 @@ bool MKTransform::Stop()
 
 MKTransformState MKTransform::GetState() const
 {
+    if (IsOwnThread())
+        return record->state;
     std::lock_guard<std::mutex> hold(record->lock);
     if (record->state != MKTransformRunning)
         return record->state;
@@ -165,12 +196,16 @@ MKTransformState MKTransform::GetState() const
 
 MKConsumer* MKTransform::GetConsumer() const
 {
+    if (IsOwnThread())
+        return record->consumer.get();
     std::lock_guard<std::mutex> hold(record->lock);
     return record->consumer.get();
 }
 
 void MKTransform::SetHardwareConversion(bool enable)
 {
+    if (RefuseOwnThread())
+        return;
     std::lock_guard<std::mutex> hold(record->lock);
     record->hardwareConversion = enable;
 }

@@ -16,9 +16,10 @@ enum MKTransformState : int32_t {
 };
 
 // A provider, a consumer and the pumps between them. The host makes it, or a class derived from it, and deletes it.
-// Any thread may call, except those that run inside a node's Read or Write; one lock serialises the calls, GetState
-// included, so each may wait for a Stop or Close that another thread has under way. With nothing open everything but
-// Open, Close and Stop answers false.
+// Any thread may call; one lock serialises the calls, GetState included, so each may wait for a Stop or Close that
+// another thread has under way. On the threads that run inside a node's Read or Write, which such a call would wait
+// for, GetState and GetConsumer answer at once; everything else is refused with a log line and answers false, and the
+// transform must not be deleted there. With nothing open everything but Open, Close and Stop answers false.
 //
 //   call    | from                       | to
 //   Open    | any (closes first)         | Ready
@@ -62,8 +63,14 @@ public:
     // Whether streams that are opened from now on may convert on a graphics device; true at first.
     void SetHardwareConversion(bool enable);
 
+protected:
+    // True, with a line in the log, on a thread that this transform would wait for.
+    bool RefuseOwnThread() const;
+
 private:
     struct Record;
+
+    bool IsOwnThread() const;
 
     Record* record; // owned
 };

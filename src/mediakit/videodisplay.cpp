@@ -31,6 +31,7 @@ public:
     bool Pause();
     bool Resume();
     void Restart();
+    void SetInterrupted(bool interrupt);
 
     bool Open() override { return Close(); }
     bool Close() override { return CloseStream(0); }
@@ -56,6 +57,7 @@ private:
     std::condition_variable wakeUp; // ends a Write's wait early
     // guarded by lock
     bool closed = false;
+    bool interrupted = false; // no Write waits
     bool ownsClock = true;
     MKClock* clock = nullptr;
     MKVideoSurface* surface = nullptr; // not owned
@@ -112,6 +114,14 @@ void MKVideoDisplayImpl::Restart()
     std::lock_guard<std::mutex> hold(lock);
     pacing = MKVideoPacing();
     pauseStart = -1;
+    interrupted = false;
+}
+
+void MKVideoDisplayImpl::SetInterrupted(bool interrupt)
+{
+    std::lock_guard<std::mutex> hold(lock);
+    interrupted = interrupt;
+    wakeUp.notify_all();
 }
 
 MKMediaType MKVideoDisplayImpl::GetStreamType(size_t index)
@@ -139,7 +149,7 @@ bool MKVideoDisplayImpl::OpenStream(size_t index, MKStreamParameters* params)
     }
     surface->input = *params;
     GiveSurfaceFormat(params);
-    closed = false;
+    closed = interrupted = false;
     pacing = MKVideoPacing();
     pauseStart = -1;
     return true;
@@ -233,8 +243,8 @@ int MKVideoDisplayImpl::Write(size_t index, MKFrame* frame)
     if (surface)
         surface->Write(frame, pacing.frameTimer);
     if (remaining > 0)
-        wakeUp.wait_for(hold, std::chrono::microseconds(remaining), [this] { return closed; });
-    if (closed)
+        wakeUp.wait_for(hold, std::chrono::microseconds(remaining), [this] { return closed || interrupted; });
+    if (closed || interrupted)
         return 0;
     if (surface)
         surface->Present();
@@ -279,6 +289,11 @@ bool MKVideoDisplay::Resume()
 void MKVideoDisplay::Restart()
 {
     Impl()->Restart();
+}
+
+void MKVideoDisplay::SetInterrupted(bool interrupt)
+{
+    Impl()->SetInterrupted(interrupt);
 }
 
 bool MKVideoDisplay::Open()

@@ -8,8 +8,8 @@ class MKVideoDisplayImpl;
 
 // Where pictures go. A host derives from it, makes and deletes it; it outlives the display that it was given to.
 // AllocateFrame comes from a stream's read thread, Write and Present from its write thread, with the display's lock
-// held: they must not call the display, nor the transform or player above it, which may be waiting for that thread. The
-// others come from any of its threads.
+// held: they must not call the display; the transform or player above it refuses most calls from there. The others come
+// from any of its threads.
 class QXSPEECH_API MKVideoSurface
 {
 public:
@@ -26,7 +26,8 @@ public:
     // In pixels; frames come in this size and format.
     virtual void GetSize(int* width, int* height) = 0;
     virtual MKPixelFormat GetFormat() = 0;
-    // Gives a frame (not owned) buffers for a picture of this surface.
+    // Gives a frame (not owned) buffers for a picture of this surface. It may hold those of a picture that was shown,
+    // which MKFrame::Allocate keeps if they fit.
     virtual bool AllocateFrame(MKFrame* frame) = 0;
     // How many frames a queue in front of this surface holds.
     virtual int GetBufferSize() = 0;
@@ -37,9 +38,10 @@ protected:
     MKStreamParameters input;
 };
 
-// Shows frames as its only stream, index 0: each at its time by the time stamps, pulled toward a clock if one is set;
-// a frame that is more than 10 ms late is dropped. Made with new and deleted by whoever made it. Write belongs to one
-// thread, the rest is for any. Without a surface a stream does not open, and nothing waits in front of it.
+// Shows frames as its only stream, index 0: each at its time by the time stamps, pulled toward a clock if one is set
+// and has moved since the last frame; a frame that is more than 10 ms late is dropped. Made with new and deleted by
+// whoever made it. Write belongs to one thread, the rest is for any. Without a surface a stream does not open, and
+// nothing waits in front of it.
 class QXSPEECH_API MKVideoDisplay : public MKConsumer
 {
 public:
@@ -56,6 +58,9 @@ public:
     bool Resume();
     // The next frame counts as a first one, whatever the time stamp of the last; for a graph that is started again.
     void Restart();
+    // True ends the wait of a Write under way, and until false, Restart or OpenStream no Write waits and no frame is
+    // shown: a frame may be due in an hour, and whoever ends the threads waits for its Write.
+    void SetInterrupted(bool interrupt);
 
     bool Open() override;
     bool Close() override;
@@ -76,7 +81,7 @@ public:
     int64_t GetStreamTimeStamp(size_t index) override;
     bool AllocateFrame(size_t index, MKFrame* frame) override;
     int GetBufferSize(size_t index) override;
-    // Blocks until the frame was shown at its time. 1: shown or dropped; 0: closed meanwhile, not shown.
+    // Blocks until the frame was shown at its time. 1: shown or dropped; 0: closed or interrupted meanwhile, not shown.
     int Write(size_t index, MKFrame* frame) override;
 
 private:

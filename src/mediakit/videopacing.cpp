@@ -15,6 +15,7 @@ constexpr int64_t kMaxDelay = 3600000000;
 constexpr int64_t kMaxClockDistance = 10000000;
 constexpr int64_t kMinThreshold = 40000;
 constexpr int64_t kMaxThreshold = 100000;
+constexpr int64_t kStandingTime = 10000; // two frames may come within one reading of a clock
 
 // Time stamps come from files: any two must have a defined difference and sum.
 int64_t Difference(int64_t a, int64_t b)
@@ -30,7 +31,8 @@ int64_t Sum(int64_t a, int64_t b)
 } // namespace
 
 MKVideoPacing::MKVideoPacing()
-    : frameTimer(AV_NOPTS_VALUE), lastShown(AV_NOPTS_VALUE), lastPts(AV_NOPTS_VALUE), lastDelay(0)
+    : frameTimer(AV_NOPTS_VALUE), lastShown(AV_NOPTS_VALUE), lastPts(AV_NOPTS_VALUE), lastDelay(0),
+      lastClock(AV_NOPTS_VALUE), clockMoved(AV_NOPTS_VALUE)
 {
 }
 
@@ -64,7 +66,12 @@ void mkVideoSchedule(MKVideoPacing& pacing, int64_t pts, int64_t now, int64_t cl
     pacing.lastDelay = mkVideoFrameDelay(pts, pacing.lastPts, pacing.lastDelay);
     pacing.lastPts = pts;
     pacing.lastShown = now;
-    pacing.frameTimer += mkVideoFrameWait(pacing.lastDelay, pts, clockTime);
+    if (clockTime != pacing.lastClock) {
+        pacing.lastClock = clockTime;
+        pacing.clockMoved = now;
+    }
+    const bool stands = Difference(now, pacing.clockMoved) >= kStandingTime;
+    pacing.frameTimer += mkVideoFrameWait(pacing.lastDelay, pts, stands ? AV_NOPTS_VALUE : clockTime);
 }
 
 void mkVideoShift(MKVideoPacing& pacing, int64_t paused)

@@ -42,7 +42,7 @@ protected:
         }
         return MakeWavFile(dir, "tones" + std::to_string(++files) + ".wav", kRate, 1, samples);
     }
-    std::string Film(double seconds, int framesPerSecond, int audioStreams = 1)
+    std::string Film(double seconds, int framesPerSecond, int audioStreams = 1, std::vector<std::string> extraArgs = {})
     {
         MediaSpec spec;
         spec.name = "film" + std::to_string(++files) + ".nut";
@@ -54,6 +54,7 @@ protected:
         spec.width = 64;
         spec.height = 48;
         spec.framesPerSecond = framesPerSecond;
+        spec.extraArgs = std::move(extraArgs);
         return MakeMediaFile(dir, spec);
     }
     // Stereo, so that nothing converts the samples: each one is the number of the hundredth of a second it lies in,
@@ -151,6 +152,26 @@ public:
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
         RecordingSurface::Present();
     }
+};
+
+// A surface that uses its player from the writing thread.
+class CallingSurface : public RecordingSurface
+{
+public:
+    explicit CallingSurface(MKMediaPlayer& player) : m_player(player) {}
+    void Present() override
+    {
+        state = m_player.GetState();
+        refused = !m_player.Pause() && !m_player.Stop() && !m_player.Close() && !m_player.Play() &&
+                  !m_player.Resume() && !m_player.OpenMedia();
+        RecordingSurface::Present();
+    }
+
+    std::atomic<MKTransformState> state{MKTransformClosed};
+    std::atomic<bool> refused{false};
+
+private:
+    MKMediaPlayer& m_player;
 };
 
 } // namespace
@@ -441,6 +462,7 @@ TEST_F(Player, PictureKeepsToTheSound)
     EXPECT_LE(off[off.size() / 2], 100000);
     EXPECT_LE(off[off.size() * 9 / 10], 150000) << "a busy machine may delay a few";
     EXPECT_NEAR(HeardSeconds(recording.Stop()), 4.0, 0.2);
+    EXPECT_LE(surface.freshFrames, 5) << "a queue of four is filled from memory that is there";
     player.Close();
 }
 
@@ -476,6 +498,28 @@ TEST_F(Player, PictureStandsInAPauseAndGoesOnWithTheSound)
     ASSERT_TRUE(player.Resume());
     ASSERT_TRUE(AwaitEnd(player));
     EXPECT_GT(surface.Presented(), standing);
+    player.Close();
+}
+
+TEST_F(Player, StopWaitsForNoPicturesTime)
+{
+    QX_REQUIRE_FFMPEG();
+    const wxLogNull quiet;
+    CallingSurface surface(player);
+    player.SetSurface(&surface);
+    MKFileProvider* const provider = OpenFile(player, Film(2, 1, 0, {"-vf", "setpts=N*1200/TB", "-vsync", "vfr"}));
+    ASSERT_TRUE(provider);
+    for (size_t round = 1; round <= 2; ++round) {
+        ASSERT_TRUE(provider->Seek(0));
+        ASSERT_TRUE(player.Play());
+        ASSERT_TRUE(Await([&] { return surface.Frames().size() == 2 * round; }));
+        const auto begin = std::chrono::steady_clock::now();
+        ASSERT_TRUE(player.Stop());
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10)) << "of 20 minutes";
+        EXPECT_EQ(surface.Presented(), round);
+        EXPECT_TRUE(surface.refused) << "what would wait for the thread that calls";
+        EXPECT_EQ(surface.state, MKTransformRunning);
+    }
     player.Close();
 }
 

@@ -402,6 +402,7 @@ TEST_F(FileProvider, StreamThatNobodyReadsHoldsTheOtherUntilDiscardedOrClosed)
     for (const bool byDiscard : {true, false}) {
         SCOPED_TRACE(byDiscard);
         MKFileProvider provider(path);
+        provider.SetDeepReadAhead(!byDiscard);
         ASSERT_TRUE(provider.Open());
         ASSERT_TRUE(provider.OpenStream(0, &params));
         ASSERT_TRUE(provider.OpenStream(1, &params));
@@ -415,7 +416,10 @@ TEST_F(FileProvider, StreamThatNobodyReadsHoldsTheOtherUntilDiscardedOrClosed)
             zeros = result ? 0 : zeros + 1;
         }
         EXPECT_EQ(zeros, 50);
-        EXPECT_LE(frames, 21 + 2); // streams take turns in the file, and 20 packets of the other were kept
+        if (byDiscard)
+            EXPECT_LE(frames, 21 + 2); // streams take turns in the file, and 20 packets of the other were kept
+        else
+            EXPECT_NEAR(static_cast<double>(provider.GetStreamTimeStamp(0)), 2e6, 0.1e6);
         if (byDiscard)
             ASSERT_TRUE(provider.DiscardStream(1, true));
         else
@@ -456,6 +460,106 @@ TEST_F(FileProvider, SeekLandsShortlyBefore)
         MKFrame frame;
         ASSERT_EQ(ReadFrame(provider, index, frame), 1);
         EXPECT_EQ(frame.GetTimeStamp() / 1000, c.expected / 1000); // a WAV file seeks to the sample
+    }
+}
+
+TEST_F(FileProvider, ExactSeekLeavesOutWhatEndsBefore)
+{
+    QX_REQUIRE_FFMPEG();
+    MediaSpec film;
+    film.name = "film.mkv";
+    film.width = 64;
+    film.height = 48;
+    film.seconds = 8;
+    film.videoCodec = "mpeg4";
+    film.audioCodec = "pcm_s16le";
+    film.extraArgs = {"-g", "250"};
+    MediaSpec pictures = film;
+    pictures.name = "pictures.mkv";
+    pictures.extraArgs = {"-vf", "setpts=N*2/TB", "-vsync", "vfr"};
+    const struct {
+        const MediaSpec& spec;
+        size_t stream;
+        int64_t from; // of the first frame, at the earliest
+        int64_t next; // of the one behind it
+    } rows[] = {
+        {film, 0, 5000000, 5100000},
+        {film, 1, 4900000, 0},
+        {pictures, 0, 5010000, 6000000}, // each is seen for 2 s, whatever the file says
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.spec.name + std::to_string(row.stream));
+        MKFileProvider provider(MakeMediaFile(folder, row.spec));
+        provider.SetExactSeek(true);
+        ASSERT_TRUE(provider.Open());
+        ASSERT_TRUE(provider.OpenStream(row.stream, &params));
+        ASSERT_TRUE(provider.Seek(5010000));
+        MKFrame frame;
+        ASSERT_EQ(ReadFrame(provider, row.stream, frame), 1);
+        EXPECT_GE(frame.GetTimeStamp(), row.from);
+        EXPECT_LE(frame.GetTimeStamp(), 5010000);
+        ASSERT_EQ(ReadFrame(provider, row.stream, frame), 1);
+        EXPECT_EQ(row.next ? frame.GetTimeStamp() : 0, row.next);
+    }
+}
+
+// A film's second chunk of pictures is said to lie behind the end of the file.
+TEST_F(FileProvider, StreamThatCannotBeReadOnHoldsUpNoOther)
+{
+    QX_REQUIRE_FFMPEG();
+    MediaSpec spec;
+    spec.name = "film.mp4";
+    spec.width = 64;
+    spec.height = 48;
+    spec.framesPerSecond = 25;
+    spec.seconds = 10;
+    spec.videoCodec = "mpeg4";
+    std::string bytes = ReadWholeFile(MakeMediaFile(folder, spec));
+    const size_t offsets = bytes.find("stco") + 12;
+    bytes[offsets + 4] = 0x7f;
+    MKFileProvider provider(MakeFile(folder, "broken.mp4", bytes));
+    ASSERT_TRUE(provider.Open());
+    ASSERT_TRUE(provider.OpenStream(0, &params));
+    ASSERT_TRUE(provider.OpenStream(1, &params));
+    MKFrame frame;
+    int results[2] = {};
+    for (int i = 0; i < kMostReads && (results[0] >= 0 || results[1] >= 0); ++i)
+        for (size_t stream : {0, 1})
+            results[stream] = results[stream] < 0 ? results[stream] : provider.Read(stream, &frame);
+    EXPECT_EQ(results[0], -1);
+    EXPECT_EQ(results[1], -1);
+}
+
+TEST_F(FileProvider, ShapeOfThePicturesIsTold)
+{
+    QX_REQUIRE_FFMPEG();
+    MediaSpec spec;
+    spec.name = "film.mp4";
+    spec.audioStreams = 0;
+    spec.width = 64;
+    spec.height = 48;
+    spec.videoCodec = "mpeg4";
+    spec.extraArgs = {"-vf", "setsar=4/3"};
+    std::string bytes = ReadWholeFile(MakeMediaFile(folder, spec));
+    const size_t matrix = bytes.find("tkhd") + 44; // five numbers of 16.16 bits, the third 0
+    const struct {
+        int8_t numbers[5];
+        int32_t rotation;
+        bool isMirrored;
+    } rows[] = {
+        {{1, 0, 0, 0, 1}, 0, false},    {{0, 1, 0, -1, 0}, 90, false}, {{-1, 0, 0, 0, -1}, 180, false},
+        {{0, -1, 0, 1, 0}, 270, false}, {{-1, 0, 0, 0, 1}, 0, true},   {{0, -1, 0, -1, 0}, 90, true},
+    };
+    for (const auto& row : rows) {
+        for (size_t i = 0; i < 5; ++i)
+            bytes.replace(matrix + 4 * i, 2,
+                          {static_cast<char>(row.numbers[i] < 0 ? -1 : 0), static_cast<char>(row.numbers[i])});
+        MKFileProvider provider(MakeFile(folder, "turned.mp4", bytes));
+        ASSERT_TRUE(provider.Open());
+        const MKPictureShape shape = provider.GetPictureShape(0);
+        EXPECT_EQ(shape.rotation, row.rotation);
+        EXPECT_EQ(shape.isMirrored, row.isMirrored) << row.rotation;
+        EXPECT_EQ(shape.pixelWidth * 3, shape.pixelHeight * 4);
     }
 }
 

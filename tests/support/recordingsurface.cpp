@@ -4,6 +4,7 @@
 #include <algorithm>
 
 extern "C" {
+#include <libavutil/frame.h>
 #include <libavutil/time.h>
 }
 
@@ -51,6 +52,7 @@ bool RecordingSurface::AllocateFrame(MKFrame* frame)
     params.type = MKMediaVideo;
     params.format = MKPixelBgr0;
     params.colorSpace = MKColorSpaceRgbFull709;
+    freshFrames += frame->GetAVFrame()->buf[0] ? 0 : 1;
     GetSize(&params.width, &params.height);
     return frame->Allocate(params);
 }

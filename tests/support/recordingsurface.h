@@ -2,6 +2,7 @@
 #ifndef QXSPEECH_TESTS_SUPPORT_RECORDINGSURFACE_H
 #define QXSPEECH_TESTS_SUPPORT_RECORDINGSURFACE_H
 
+#include <atomic>
 #include <functional>
 #include <mutex>
 #include <vector>
@@ -22,6 +23,8 @@ public:
 
     // Set before anything is shown: read at each Present.
     std::function<int64_t()> clock;
+    // How many frames came without memory to be filled.
+    std::atomic<int> freshFrames{0};
 
     std::vector<Shown> Frames() const;
     size_t Presented() const;

@@ -101,6 +101,10 @@ TEST(VideoPacing, LatePictureHurriesUntilItHasCaughtUp)
         waits.push_back(pacing.frameTimer - shown);
     }
     EXPECT_EQ(waits, std::vector<int64_t>({0, 0, 0, 0, 40000, 40000, 40000, 40000}));
+    const int64_t shown = pacing.frameTimer;
+    for (int64_t pts = 360000; pts <= 440000; pts += 40000)
+        mkVideoSchedule(pacing, pts, pacing.frameTimer, 200000);
+    EXPECT_EQ(pacing.frameTimer - shown, 80000 + 2 * 40000) << "a clock that stands still is not waited for";
 }
 
 TEST(VideoPacing, PauseMovesOnlyWhatIsSet)
