@@ -57,7 +57,7 @@ protected:
         if (m_verbose || level == wxLOG_FatalError)
             wxLog::DoLogRecord(level, text, info);
     }
-    void DoLogText(const wxString& text) override { WriteAll(g_errors, Utf8(text + "\n")); }
+    void DoLogText(const wxString& text) override { WriteAll(g_errors, Utf8(Printable(text) + "\n")); }
 
 private:
     const bool m_verbose;
@@ -103,9 +103,22 @@ bool ErrorsGoToTerminal()
     return isatty(g_errors) == 1;
 }
 
+wxString Printable(const wxString& text)
+{
+    wxString printable;
+    printable.reserve(text.length());
+    for (wxString::const_iterator at = text.begin(); at != text.end(); ++at) {
+        const wxUint32 code = (*at).GetValue();
+        const bool isLineEnd = code == '\n' || (code == '\r' && at + 1 != text.end() && *(at + 1) == '\n');
+        const bool isControl = code < 0x20 || (code >= 0x7F && code < 0xA0);
+        printable += isControl && !isLineEnd && code != '\t' ? wxUniChar('?') : *at;
+    }
+    return printable;
+}
+
 void PrintError(const wxString& text)
 {
-    WriteAll(g_errors, Utf8(QX_PROGRAM_NAME ": " + text + "\n"));
+    WriteAll(g_errors, Utf8(QX_PROGRAM_NAME ": " + Printable(text) + "\n"));
 }
 
 void PrintProgress(const wxString& text)
@@ -117,7 +130,7 @@ void PrintOutput(const wxString& text)
 {
     if (g_outputClosed)
         throw Failure{kExitFile, "standard output is closed"};
-    const int error = WriteAll(STDOUT_FILENO, Utf8(text));
+    const int error = WriteAll(STDOUT_FILENO, Utf8(isatty(STDOUT_FILENO) == 1 ? Printable(text) : text));
     if (error != 0)
         throw Failure{kExitFile, "standard output: " + wxString::FromUTF8(std::strerror(error))};
 }

@@ -18,11 +18,14 @@ bool HasStandardOutput();
 
 // Whether standard error is a terminal, whatever SilenceStandardError did.
 bool ErrorsGoToTerminal();
-// One line with the name of the program in front, which the build sets (QX_PROGRAM_NAME).
+// Control characters, which make a terminal do things, become "?"; line ends and tabs stay. What services, files and
+// devices say goes through it on its way to a terminal.
+wxString Printable(const wxString& text);
+// One printable line with the name of the program in front, which the build sets (QX_PROGRAM_NAME).
 void PrintError(const wxString& text);
 // As it is, without a line end; for the progress line.
 void PrintProgress(const wxString& text);
-// Throws Failure (kExitFile) if it cannot be written whole.
+// Printable on a terminal, elsewhere as it is. Throws Failure (kExitFile) if it cannot be written whole.
 void PrintOutput(const wxString& text);
 
 // Library noise: from here to the end, whatever writes to descriptor 2 is dropped; the functions above still reach the

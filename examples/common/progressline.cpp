@@ -17,7 +17,7 @@ void ProgressLine::Show(const wxString& text)
 {
     if (!m_shown || (text.empty() && m_width == 0))
         return;
-    wxString line = "\r" + text;
+    wxString line = "\r" + Printable(text);
     if (text.length() < m_width)
         line.append(m_width - text.length(), ' ');
     if (text.empty())

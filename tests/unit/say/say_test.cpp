@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <wx/arrstr.h>
 
+#include "console.h"
 #include "exitstatus.h"
 #include "htmltext.h"
 #include "longspeech.h"
@@ -372,6 +373,12 @@ TEST(SayOptions, HelpNamesEveryOptionAndNeedsNothingElse)
                                "--help",
                                "--version"})
         EXPECT_NE(usage.find(option), wxString::npos) << option;
+}
+
+TEST(SayConsole, NothingSteersATerminal)
+{
+    EXPECT_EQ(say::Printable(wxString::FromUTF8("\x1B[2J\xC2\x9BK\a\r\x7F \xC3\xA9\t\r\n")),
+              wxString::FromUTF8("?[2J?K??? \xC3\xA9\t\r\n"));
 }
 
 TEST(SayLongSpeech, PiecesEndWhereAReaderPausesAndJoinToTheText)
