@@ -18,7 +18,9 @@ class MKFailureRecord;
 //   StartStream again from there, CloseStream -> closed
 //
 // Opening, starting, pausing, stopping and closing belong to one thread; Write to the writing one, which must have
-// left Write before the stream is closed. The operations that only ask, the time stamp above all, are for any thread.
+// left Write before the stream is closed. A device that does not come back from a call for five seconds is left behind
+// with a thread of its own: nothing waits longer, all that follows fails, and OpenStream after CloseStream tries anew.
+// The operations that only ask, the time stamp above all, are for any thread.
 // Before OpenStream there are no parameters, Write fails and the times are those of an empty stream.
 class QXSPEECH_API MKAudioDisplay : public MKConsumer
 {
@@ -50,7 +52,8 @@ public:
     int64_t GetStreamTimeStamp(size_t index) override;
     bool AllocateFrame(size_t index, MKFrame* frame) override;
     int GetBufferSize(size_t index) override;
-    // Blocks until the device has taken the frame's samples. 1, or negative when the device failed.
+    // Blocks until the device has taken the frame's samples. 1, or negative when the device failed, or has not come
+    // back for five seconds longer than the samples last.
     int Write(size_t index, MKFrame* frame) override;
 
     bool StartStream();

@@ -95,7 +95,7 @@ public:
     bool Pause() override;
     bool Resume() override;
     // Waits for a write of sound that is under way (85 ms) and until the device has played what it holds, for no
-    // picture's time. What is queued is dropped.
+    // picture's time; for a device that does not answer, five seconds. What is queued is dropped.
     bool Stop() override;
 
     // Why OpenMedia or Play was refused, or what ended the sound before its time: the device does not open, does not

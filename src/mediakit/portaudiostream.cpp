@@ -2,6 +2,7 @@
 #include "mediakit/portaudiostream.h"
 
 #include <algorithm>
+#include <cstring>
 #include <thread>
 
 extern "C" {
@@ -10,43 +11,18 @@ extern "C" {
 }
 
 #include "common/logging.h"
-#include "common/portaudiolock.h"
 #include "mediakit/audioformats.h"
-#include "mediakit/devicemanager.h"
 
 namespace
 {
 
-constexpr int kInvalid = -22;
-constexpr int kFailed = -2;
-constexpr int32_t kDefaultWriteFrames = 4096; // samples per channel in one write
-constexpr int32_t kDefaultReadFrames = 512;
 constexpr std::chrono::milliseconds kHeardMargin(20);
-
-// Room for eight seconds; blocks so long that none would fit still get some slots.
-size_t QueueCapacity(int32_t sampleRate, int32_t frameSize)
-{
-    const int64_t blocks = 2 * int64_t(sampleRate) / (frameSize > 0 ? frameSize : kDefaultReadFrames);
-    return static_cast<size_t>(4 * std::max<int64_t>(blocks, 1));
-}
-
-PaError OpenPaStream(PaStream** stream, const PaStreamParameters* input, const PaStreamParameters* output, double rate,
-                     unsigned long frames, PaStreamCallback* callback, void* userData)
-{
-    const std::lock_guard<std::mutex> hold(qxPortAudioLock());
-    return Pa_OpenStream(stream, input, output, rate, frames, paNoFlag, callback, userData);
-}
-
-PaError ClosePaStream(PaStream* stream)
-{
-    const std::lock_guard<std::mutex> hold(qxPortAudioLock());
-    return Pa_CloseStream(stream);
-}
 
 } // namespace
 
 MKPortAudio::MKPortAudio(bool input)
-    : isInput(input), failures(std::make_shared<MKFailureRecord>()), inputQueue(new CircularQueue<MKFrame>(0))
+    : isInput(input), failures(std::make_shared<MKFailureRecord>()), inputQueue(new CircularQueue<MKFrame>(0)),
+      handle(std::make_shared<Handle>()), packed(std::make_shared<Samples>())
 {
 }
 
@@ -62,163 +38,42 @@ PaStream* MKPortAudio::GetStream()
     return stream;
 }
 
+bool MKPortAudio::IsLost()
+{
+    const std::lock_guard<std::mutex> hold(stateLock);
+    return isLost;
+}
+
+// With stateLock held.
+PaTime MKPortAudio::StreamTime()
+{
+    if (!isLost)
+        return Pa_GetStreamTime(stream);
+    return writeStart + std::chrono::duration<double>(std::chrono::steady_clock::now() - writeStartedAt).count();
+}
+
 bool MKPortAudio::IsStreamOpen()
 {
     return GetStream() != nullptr;
 }
 
-PaDeviceIndex MKPortAudio::FindDevice() const
-{
-    MKAudioDeviceManager* const manager = MKAudioDeviceManager::Get();
-    std::string id = deviceName;
-    if (id.empty())
-        id = isInput ? manager->GetDefaultInputDevice() : manager->GetDefaultOutputDevice();
-    if (id.empty())
-        return paNoDevice;
-    const int count = manager->GetDeviceCount();
-    for (int index = 0; index < count; ++index) {
-        if (manager->GetDeviceId(index) == id)
-            return index;
-    }
-    return paNoDevice;
-}
-
-// Records why the device cannot be used.
-int MKPortAudio::Refuse(const std::string& reason)
-{
-    failures->Set(MKFailureDevice, reason);
-    return kFailed;
-}
-
-int MKPortAudio::OpenStream(MKStreamParameters* wanted)
-{
-    if (!wanted) {
-        QX_LOG("Could not open audio %s stream, null pointer", Direction());
-        return kInvalid;
-    }
-    const bool isOpen = IsStreamOpen();
-    if (!isOpen)
-        failures->Clear();
-    const PaDeviceIndex device = FindDevice();
-    if (device == paNoDevice) {
-        QX_LOG("Could not open audio %s stream, invalid device", Direction());
-        return Refuse(deviceName.empty() ? "There is no audio device."
-                                         : "There is no audio device " + deviceName + ".");
-    }
-    if (isOpen) {
-        QX_LOG("Could not open audio %s stream, already opened", Direction());
-        return kFailed;
-    }
-    const PaDeviceInfo* const info = Pa_GetDeviceInfo(device);
-    if (!info) {
-        QX_LOG("Could not open audio %s stream, invalid device info", Direction());
-        return Refuse("The audio device is gone.");
-    }
-    MKAudioCandidate candidate = {};
-    PaStream* const opened = Probe(device, *info, *wanted, &candidate);
-    if (!opened) {
-        QX_LOG("Could not open audio %s stream, null paStream", Direction());
-        return Refuse("The audio device does not open.");
-    }
-    TakeOver(opened, candidate, wanted);
-    return 0;
-}
-
-void MKPortAudio::TakeOver(PaStream* opened, const MKAudioCandidate& candidate, MKStreamParameters* wanted)
-{
-    wanted->type = MKMediaAudio;
-    wanted->codec = MKCodecOther;
-    wanted->format = mkFormatFromPa(candidate.format);
-    wanted->channels = candidate.channels;
-    wanted->rateNum = candidate.rate;
-    wanted->rateDen = 1;
-    if (wanted->frameSize < 1)
-        wanted->frameSize = isInput ? 0 : kDefaultWriteFrames;
-    {
-        const std::lock_guard<std::mutex> hold(stateLock);
-        params = *wanted;
-        paFormat = candidate.format;
-    }
-    Adopt(opened);
-}
-
-PaStream* MKPortAudio::Probe(PaDeviceIndex device, const PaDeviceInfo& info, const MKStreamParameters& wanted,
-                             MKAudioCandidate* opened)
-{
-    const int maxChannels = isInput ? info.maxInputChannels : info.maxOutputChannels;
-    const int32_t frames = std::max(wanted.frameSize, 0);
-    for (const MKAudioCandidate& candidate : mkAudioCandidates(wanted, maxChannels, info.defaultSampleRate)) {
-        PaStream* const found = TryOpen(device, info, candidate, frames);
-        if (!found)
-            continue;
-        *opened = candidate;
-        return found;
-    }
-    return nullptr;
-}
-
-PaStream* MKPortAudio::TryOpen(PaDeviceIndex device, const PaDeviceInfo& info, const MKAudioCandidate& candidate,
-                               int32_t frames)
-{
-    QX_LOG("Probing to %s audio from: %s. Channel: %d. Sample rate: %d. Pa Sample Format: %0.0f",
-           wxString(isInput ? "record" : "play"), wxString::FromUTF8(info.name), candidate.channels, candidate.rate,
-           static_cast<double>(candidate.format));
-    if (frames != 0)
-        QX_LOG("Using fixed frame buffer may decrease performance: %d", frames);
-    if (frames >= candidate.rate * 1e-7)
-        QX_LOG("Fixed buffer is larger than sync threshold");
-    PaStreamParameters side = {};
-    side.device = device;
-    side.channelCount = candidate.channels;
-    side.sampleFormat = candidate.format;
-    side.suggestedLatency = isInput ? info.defaultLowInputLatency : info.defaultHighOutputLatency;
-    PaStream* opened = nullptr;
-    const PaError error = OpenPaStream(&opened, isInput ? &side : nullptr, isInput ? nullptr : &side, candidate.rate,
-                                       static_cast<unsigned long>(frames), isInput ? OnPaStream : nullptr, this);
-    if (error != paNoError) {
-        if (opened)
-            ClosePaStream(opened);
-        QX_LOG("Failed to open audio stream. Error: %s.", wxString::FromUTF8(Pa_GetErrorText(error)));
-        return nullptr;
-    }
-    if (opened)
-        QX_LOG("Open audio device successes!");
-    return opened;
-}
-
-void MKPortAudio::Adopt(PaStream* opened)
-{
-    const PaStreamInfo* const info = Pa_GetStreamInfo(opened);
-    const std::lock_guard<std::mutex> hold(stateLock);
-    sampleRate = info ? static_cast<int32_t>(info->sampleRate + 0.5) : 0;
-    if (sampleRate < 1)
-        sampleRate = params.rateNum;
-    const PaTime seconds = info ? (isInput ? info->inputLatency : info->outputLatency) : 0;
-    latency = static_cast<int64_t>(seconds * 1000000);
-    inputQueue.reset(new CircularQueue<MKFrame>(QueueCapacity(sampleRate, params.frameSize)));
-    stream = opened;
-    state = MKPortAudioOpened;
-    inputLevel = 0.0;
-    levelSum = levelCount = 0;
-}
-
 int MKPortAudio::StartStream()
 {
+    failures->Clear();
+    if (IsLost())
+        return Refuse(kNoAnswer);
     if (isInput)
         OpenReading();
-    PaStream* device = nullptr;
     {
         const std::lock_guard<std::mutex> hold(stateLock);
-        device = stream;
         sampleCount = 0;
         pauseStart = writeStart = -1.0;
         pausedTotal = 0;
         hasWritten = hasFailed = false;
         state = MKPortAudioStarted;
-        startTime = Pa_GetStreamTime(device);
+        startTime = StreamTime();
     }
-    failures->Clear();
-    const PaError error = Pa_StartStream(device);
+    const PaError error = OnDevice([to = handle] { return Pa_StartStream(to->stream); });
     if (error == paNoError)
         return 0;
     QX_LOG("Could not start audio %s stream, Pa_StartStream failed", Direction());
@@ -234,7 +89,7 @@ int MKPortAudio::PauseStream()
         return kInvalid;
     }
     state = MKPortAudioPaused;
-    pauseStart = Pa_GetStreamTime(stream);
+    pauseStart = StreamTime();
     return 0;
 }
 
@@ -247,7 +102,7 @@ int MKPortAudio::ResumeStream()
         return kInvalid;
     }
     state = MKPortAudioStarted;
-    pausedTotal += Pa_GetStreamTime(stream) - pauseStart;
+    pausedTotal += StreamTime() - pauseStart;
     pauseStart = -1.0;
     return 0;
 }
@@ -262,14 +117,16 @@ void MKPortAudio::AwaitHeard()
     std::this_thread::sleep_until(heard);
 }
 
-void MKPortAudio::EndDevice(PaStream* device)
+void MKPortAudio::EndDevice()
 {
-    if (!device || Pa_IsStreamStopped(device) != 0)
+    PaStream* const opened = GetStream();
+    if (!opened || IsLost() || Pa_IsStreamStopped(opened) != 0)
         return;
     // PortAudio's own stop does not play out the buffers on every system.
     if (!isInput)
         AwaitHeard();
-    const PaError error = isInput ? Pa_AbortStream(device) : Pa_StopStream(device);
+    const PaError error = OnDevice(
+        [to = handle, input = isInput] { return input ? Pa_AbortStream(to->stream) : Pa_StopStream(to->stream); });
     if (error != paNoError)
         QX_LOG("QXAudioDeviceMediaProviderImpl: Pa_AbortStream: %d", error);
 }
@@ -278,7 +135,7 @@ int MKPortAudio::StopStream()
 {
     inputQueue->Close();
     CloseReading();
-    EndDevice(GetStream());
+    EndDevice();
     {
         const std::lock_guard<std::mutex> hold(callbackLock);
         inputLevel = 0.0;
@@ -295,15 +152,17 @@ int MKPortAudio::StopStream()
 int MKPortAudio::CloseStream()
 {
     const int result = StopStream();
-    PaStream* device = nullptr;
+    PaStream* opened = nullptr;
     {
         const std::lock_guard<std::mutex> hold(stateLock);
-        std::swap(device, stream);
+        std::swap(opened, stream);
         state = MKPortAudioClosed;
     }
-    const PaError error = device ? ClosePaStream(device) : static_cast<PaError>(paNoError);
+    const bool canClose = opened && !IsLost();
+    const PaError error = canClose ? OnDevice([to = handle] { return to->Close(); }) : static_cast<PaError>(paNoError);
     if (error != paNoError)
         QX_LOG("QXAudioDeviceMediaProviderImpl: Pa_CloseStream: %d", error);
+    device.reset(); // a thread that was left behind may close the stream from now on
     return result;
 }
 
@@ -323,22 +182,26 @@ int MKPortAudio::QueryStreamParameters(MKStreamParameters* out)
     return 0;
 }
 
-const void* MKPortAudio::BufferOf(const AVFrame& frame)
+void MKPortAudio::Pack(const AVFrame& frame)
 {
     const bool isPlanar = (paFormat & paNonInterleaved) != 0;
-    if ((paFormat & ~paNonInterleaved) != paInt24)
-        return isPlanar ? static_cast<const void*>(frame.extended_data) : frame.data[0];
+    const PaSampleFormat format = paFormat & ~paNonInterleaved;
     const size_t channels = static_cast<size_t>(params.channels);
     const size_t planes = isPlanar ? channels : 1;
     const size_t count = static_cast<size_t>(frame.nb_samples) * (isPlanar ? 1 : channels);
-    packed.resize(planes * count * 3);
-    packedPlanes.resize(planes);
+    const size_t bytes = count * static_cast<size_t>(Pa_GetSampleSize(format));
+    packed->bytes.resize(planes * bytes);
+    packed->planes.resize(isPlanar ? planes : 0);
     for (size_t plane = 0; plane < planes; ++plane) {
-        uint8_t* const to = packed.data() + plane * count * 3;
-        mkPack24(reinterpret_cast<const int32_t*>(frame.extended_data[plane]), count, to);
-        packedPlanes[plane] = to;
+        uint8_t* const to = packed->bytes.data() + plane * bytes;
+        const uint8_t* const from = frame.extended_data[plane];
+        if (format == paInt24)
+            mkPack24(reinterpret_cast<const int32_t*>(from), count, to);
+        else if (bytes > 0)
+            std::memcpy(to, from, bytes);
+        if (isPlanar)
+            packed->planes[plane] = to;
     }
-    return isPlanar ? static_cast<const void*>(packedPlanes.data()) : packed.data();
 }
 
 int MKPortAudio::Write(MKFrame* frame)
@@ -347,28 +210,38 @@ int MKPortAudio::Write(MKFrame* frame)
         QX_LOG("Could not write audio output stream, object is initiliazed as input");
         return kFailed;
     }
-    PaStream* const device = GetStream();
-    if (!device) {
+    if (!GetStream()) {
         QX_LOG("Could not write audio output stream, not opened");
         return kInvalid;
     }
-    const AVFrame* const samples = frame ? frame->GetAVFrame() : nullptr;
-    if (!samples) {
+    const AVFrame* const sound = frame ? frame->GetAVFrame() : nullptr;
+    if (!sound) {
         QX_LOG("Could not write audio output stream, frame is null");
         return kInvalid;
     }
-    const void* const buffer = BufferOf(*samples);
+    if (IsLost())
+        return Refuse(kNoAnswer);
+    Pack(*sound);
+    return WritePacked(sound->nb_samples);
+}
+
+int MKPortAudio::WritePacked(int64_t count)
+{
     {
         const std::lock_guard<std::mutex> hold(stateLock);
-        writeStart = Pa_GetStreamTime(device);
-        writeCount = samples->nb_samples;
+        writeStart = StreamTime();
+        writeStartedAt = std::chrono::steady_clock::now();
+        writeCount = count;
     }
-    const PaError error = Pa_WriteStream(device, buffer, static_cast<unsigned long>(samples->nb_samples));
+    const PaError error =
+        OnDevice([to = handle, from = packed,
+                  count] { return Pa_WriteStream(to->stream, from->Get(), static_cast<unsigned long>(count)); },
+                 std::chrono::microseconds(count * 1000000 / sampleRate));
     std::unique_lock<std::mutex> hold(stateLock);
     // An underflow tells of a gap before these samples; they were taken all the same.
     if (error == paNoError || error == paOutputUnderflowed) {
         writeStart = -1.0;
-        sampleCount += samples->nb_samples;
+        sampleCount += count;
         hasWritten = true;
         lastWriteEnd = std::chrono::steady_clock::now();
         return 1;
@@ -386,7 +259,7 @@ int64_t MKPortAudio::GetPlayTime()
     const int64_t written = sampleCount * 1000000 / sampleRate;
     int64_t running = 0;
     if (writeStart >= 0) {
-        const PaTime now = state == MKPortAudioStarted ? Pa_GetStreamTime(stream) : pauseStart;
+        const PaTime now = state == MKPortAudioStarted ? StreamTime() : pauseStart;
         // A stream that was stopped, not paused, has no time at which the write halted. A write may also begin in a
         // pause: the writing thread was past its gate.
         if (now >= writeStart)

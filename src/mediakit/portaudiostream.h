@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <portaudio.h>
@@ -12,9 +13,12 @@
 #include <vector>
 #include <wx/string.h>
 
+#include "common/devicethread.h"
 #include "mediakit/circularqueue.h"
 #include "mediakit/failurerecord.h"
 #include "mediakit/mediakit.h"
+
+constexpr char kNoAnswer[] = "The audio device does not answer."; // a failure's reason
 
 struct AVFrame;
 struct MKAudioCandidate;
@@ -31,6 +35,9 @@ enum MKPortAudioState : int32_t {
 // input a reading one and PortAudio's, which calls __OnPaStreamInputCallback; the clock, the level and the queries are
 // for any thread. No Write may be under way in CloseStream. Results are 0 (Write, Read: 1) on success, -2 wrong state
 // or the device refused, -22 wrong argument or not open; the reason is in the log.
+//
+// An output whose device has not come back from a call for kDevicePatience is lost: that call and all later ones fail,
+// StopStream and CloseStream return, and its clock runs on by itself. OpenStream wants a CloseStream before, as ever.
 //
 // Locks: stateLock is held for short stretches and never while PortAudio blocks. callbackLock, held for one block of
 // the callback, comes before stateLock and readLock; those two and the queue's are never held together.
@@ -78,6 +85,23 @@ public:
                                   const PaStreamCallbackTimeInfo* timeInfo);
 
 private:
+    // What the device's thread has in hand.
+    struct Handle {
+        PaStream* stream = nullptr; // from Pa_OpenStream to Pa_CloseStream
+
+        PaError Close();
+    };
+    // One write's samples as PortAudio takes them.
+    struct Samples {
+        std::vector<uint8_t> bytes;
+        std::vector<const void*> planes; // into bytes; empty if interleaved
+
+        const void* Get() const { return planes.empty() ? static_cast<const void*>(bytes.data()) : planes.data(); }
+    };
+
+    static constexpr int kFailed = -2;
+    static constexpr int kInvalid = -22;
+
     enum class Block { Recorded, QueueFull, Abort };
     // What one call of the callback still has to put into the queue, in samples per channel.
     struct Recording {
@@ -90,19 +114,31 @@ private:
     static int OnPaStream(const void* input, void* output, unsigned long frameCount,
                           const PaStreamCallbackTimeInfo* timeInfo, PaStreamCallbackFlags flags, void* self);
 
-    int Refuse(const std::string& reason);
+    // Records why the device cannot be used; -2.
+    int Refuse(const std::string& reason)
+    {
+        failures->Set(MKFailureDevice, reason);
+        return kFailed;
+    }
     wxString Direction() const { return isInput ? "input" : "output"; }
     PaDeviceIndex FindDevice() const;
-    PaStream* Probe(PaDeviceIndex device, const PaDeviceInfo& info, const MKStreamParameters& wanted,
+    PaStream* Probe(PaDeviceIndex index, const PaDeviceInfo& info, const MKStreamParameters& wanted,
                     MKAudioCandidate* opened);
-    PaStream* TryOpen(PaDeviceIndex device, const PaDeviceInfo& info, const MKAudioCandidate& candidate,
-                      int32_t frames);
+    PaStream* TryOpen(PaDeviceIndex index, const PaDeviceInfo& info, const MKAudioCandidate& candidate, int32_t frames);
+    PaError OpenPaStream(const PaStreamParameters& side, double rate, int32_t frames);
+    bool StartDeviceThread();
+    PaError OnDevice(const std::function<PaError()>& call, std::chrono::microseconds duration = {});
+    void LoseDevice();
+    bool IsLost();
+    PaTime StreamTime();
+    PaStream* OpenDevice(const MKStreamParameters& wanted, MKAudioCandidate* opened);
     void TakeOver(PaStream* opened, const MKAudioCandidate& candidate, MKStreamParameters* wanted);
     void Adopt(PaStream* opened);
     PaStream* GetStream();
-    const void* BufferOf(const AVFrame& frame);
+    void Pack(const AVFrame& frame);
+    int WritePacked(int64_t count);
     void AwaitHeard();
-    void EndDevice(PaStream* device);
+    void EndDevice();
 
     int64_t MissingSamples(PaTime recordedAt);
     Block RecordBlock(Recording& recording);
@@ -133,9 +169,11 @@ private:
     PaTime pausedTotal = 0;
     PaTime pauseStart = -1.0;
     PaTime writeStart = -1.0; // of the write under way
-    int64_t writeCount = 0;   // samples per channel in that write
-    bool hasWritten = false;  // since the start
-    bool hasFailed = false;   // a write has, since the start
+    std::chrono::steady_clock::time_point writeStartedAt;
+    int64_t writeCount = 0;  // samples per channel in that write
+    bool hasWritten = false; // since the start
+    bool hasFailed = false;  // a write has, since the start
+    bool isLost = false;     // the device's thread was left behind with the stream, which only it may use from then on
     std::chrono::steady_clock::time_point lastWriteEnd;
 
     std::mutex callbackLock;
@@ -152,8 +190,11 @@ private:
     double levelSum = 0;
     double levelCount = 0;
 
-    std::vector<uint8_t> packed; // writing thread: samples of 24 bits as PortAudio takes them
-    std::vector<const void*> packedPlanes;
+    // Every call on an output's device is made by a thread that can be left behind with it, and with what it uses. An
+    // input has none.
+    std::unique_ptr<qxDeviceThread> device; // from opening to closing
+    std::shared_ptr<Handle> handle;         // never null; the thread's alone once it is left
+    std::shared_ptr<Samples> packed;        // never null; writing thread, while no write is under way
 };
 
 #endif

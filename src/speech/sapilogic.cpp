@@ -10,12 +10,12 @@
 namespace
 {
 
-struct ErrorText {
+struct SapiErrorText {
     DWORD code;
     const char* text;
 };
 
-const ErrorText kErrorTexts[] = {
+const SapiErrorText kSapiErrorTexts[] = {
     {0x80045003, wxTRANSLATE("The caller has specified an unsupported format.")},
     {0x80045006, wxTRANSLATE("The wave device is busy.")},
     {0x80045007, wxTRANSLATE("The wave device is not supported.")},
@@ -26,7 +26,7 @@ const ErrorText kErrorTexts[] = {
     {0x80045093, wxTRANSLATE("No given voice is found")},
 };
 
-struct FailureKind {
+struct SapiFailureKind {
     DWORD code;
     wxTTSFailureCategory category;
     const char* message;
@@ -37,7 +37,7 @@ const char kNoDevice[] = wxTRANSLATE("There is no audio device.");
 const char kNoFile[] = wxTRANSLATE("The file cannot be read.");
 const char kNoVoice[] = wxTRANSLATE("There is no voice for this text.");
 
-const FailureKind kFailureKinds[] = {
+const SapiFailureKind kSapiFailureKinds[] = {
     {0x80045006, wxTTS_FAILURE_DEVICE, kDeviceRefuses},
     {0x80045007, wxTTS_FAILURE_DEVICE, kNoDevice},
     {0x80045008, wxTTS_FAILURE_DEVICE, kDeviceRefuses}, // not enabled
@@ -55,7 +55,7 @@ const FailureKind kFailureKinds[] = {
 constexpr DWORD kFacilityMask = 0x1FFF0000;
 constexpr DWORD kAudioFacility = 0x08890000;
 
-wxTTSFailure Failure(wxTTSFailureCategory category, const wxString& message)
+wxTTSFailure SapiFailure(wxTTSFailureCategory category, const wxString& message)
 {
     wxTTSFailure failure;
     failure.category = category;
@@ -162,21 +162,21 @@ wxTTSFailure qxSapiFailure(HRESULT hr, bool hasBegun, const wxString& outputFile
     const DWORD code = static_cast<DWORD>(hr);
     const bool isAudio = (code & kFacilityMask) == kAudioFacility;
     if (hasBegun && (isAudio || hr == SPERR_DEVICE_BUSY))
-        return Failure(wxTTS_FAILURE_DEVICE, _("The audio device is no longer available."));
-    for (const FailureKind& kind : kFailureKinds) {
+        return SapiFailure(wxTTS_FAILURE_DEVICE, _("The audio device is no longer available."));
+    for (const SapiFailureKind& kind : kSapiFailureKinds) {
         if (kind.code == code)
-            return Failure(kind.category, wxGetTranslation(kind.message));
+            return SapiFailure(kind.category, wxGetTranslation(kind.message));
     }
     if (isAudio)
-        return Failure(wxTTS_FAILURE_DEVICE, wxGetTranslation(kDeviceRefuses));
+        return SapiFailure(wxTTS_FAILURE_DEVICE, wxGetTranslation(kDeviceRefuses));
     if (hasBegun && !outputFile.empty())
         return qxUnwritable(outputFile);
-    return Failure(wxTTS_FAILURE_OTHER, wxString::Format(_("The speech system failed with code 0x%08x."), code));
+    return SapiFailure(wxTTS_FAILURE_OTHER, wxString::Format(_("The speech system failed with code 0x%08x."), code));
 }
 
 wxTTSFailure qxUnwritable(const wxString& outputFile)
 {
-    return Failure(wxTTS_FAILURE_STORAGE, wxString::Format(_("The file %s cannot be written."), outputFile));
+    return SapiFailure(wxTTS_FAILURE_STORAGE, wxString::Format(_("The file %s cannot be written."), outputFile));
 }
 
 wxString qxGetSAPIErrorDesc(HRESULT hr)
@@ -185,7 +185,7 @@ wxString qxGetSAPIErrorDesc(HRESULT hr)
         return wxString();
     const long code = hr;
     QX_LOG("Cannot generate SAPI voice. Error Code: %ld", code);
-    for (const ErrorText& item : kErrorTexts) {
+    for (const SapiErrorText& item : kSapiErrorTexts) {
         if (item.code == static_cast<DWORD>(hr))
             return wxGetTranslation(item.text);
     }

@@ -4,13 +4,14 @@
 #include "support/pulse_sink.h"
 #include "support/recordingsurface.h"
 
+#include <chrono>
 #include <cstdlib>
 
 #include <gtest/gtest.h>
 #include <portaudio.h>
 #include <wx/log.h>
 
-TEST(PlayerOnLostServer, EndsBothStreamsAndCanBeStopped)
+TEST(PlayerOnLostServer, EndsAndCanBeStoppedWhetherTheServerHangsOrDies)
 {
     PulseSink sink;
     if (!sink.Ok() && !std::getenv("QXSPEECH_NO_SKIP"))
@@ -21,6 +22,21 @@ TEST(PlayerOnLostServer, EndsBothStreamsAndCanBeStopped)
     ScratchDir dir;
     const std::string path = MakeWavFile(dir, "a.wav", 48000, 1, MakeTone(48000, 1, 30));
     {
+        MKMediaPlayer hung;
+        ASSERT_TRUE(OpenFile(hung, path));
+        ASSERT_TRUE(hung.Play());
+        ASSERT_TRUE(Await([&] { return PlayedTime(hung) > 300000; }));
+        sink.Freeze();
+        const auto frozen = std::chrono::steady_clock::now();
+        EXPECT_TRUE(hung.Stop());
+        EXPECT_LT(std::chrono::steady_clock::now() - frozen, std::chrono::seconds(6));
+        EXPECT_EQ(hung.GetLastFailure().reason, "The audio device does not answer.");
+        EXPECT_FALSE(hung.Play());
+        EXPECT_FALSE(OpenFile(hung, path)) << "one call that hangs is enough: no other format is tried";
+        EXPECT_LT(std::chrono::steady_clock::now() - frozen, std::chrono::seconds(12));
+        EXPECT_EQ(hung.GetLastFailure().category, MKFailureDevice);
+        sink.Thaw();
+
         MKMediaPlayer playing;
         MKMediaPlayer paused;
         ASSERT_TRUE(OpenFile(playing, path));

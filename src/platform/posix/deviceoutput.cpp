@@ -2,10 +2,10 @@
 #include "platform/posix/deviceoutput.h"
 
 #include <algorithm>
-#include <mutex>
 #include <portaudio.h>
 #include <sperror.h>
 
+#include "common/devicethread.h"
 #include "common/portaudiolock.h"
 
 namespace qxvoice
@@ -32,7 +32,6 @@ bool DeviceOutput::HasDefaultDevice()
 
 HRESULT DeviceOutput::Open()
 {
-    std::lock_guard<std::mutex> lock(qxPortAudioLock());
     const PaDeviceIndex device = Pa_GetDefaultOutputDevice();
     const PaDeviceInfo* const info = device < 0 ? nullptr : Pa_GetDeviceInfo(device);
     if (!info)
@@ -41,7 +40,10 @@ HRESULT DeviceOutput::Open()
     const int ownRate = static_cast<int>(info->defaultSampleRate);
     const int candidates[][2] = {{kSynthRateHz, 1}, {kSynthRateHz, 2}, {ownRate, 2}, {ownRate, 1},
                                  {48000, 2},        {44100, 2},        {48000, 1},   {44100, 1}};
+    const auto limit = std::chrono::steady_clock::now() + kDevicePatience; // a refusal at once leaves time for all
     for (const auto& candidate : candidates) {
+        if (std::chrono::steady_clock::now() > limit)
+            break;
         if (TryOpen(device, candidate[0], candidate[1], latency))
             return S_OK;
     }
@@ -57,9 +59,13 @@ bool DeviceOutput::TryOpen(int device, int rateHz, int channels, double latencyS
     parameters.suggestedLatency = latencySeconds;
     const unsigned long frames = static_cast<unsigned long>(rateHz) / 50;
     PaStream* stream = nullptr;
-    if (Pa_OpenStream(&stream, nullptr, &parameters, rateHz, frames, paClipOff, nullptr, nullptr) != paNoError)
-        return false;
+    {
+        const qxPortAudioTurn turn(qxPortAudioTurn::Opening);
+        if (Pa_OpenStream(&stream, nullptr, &parameters, rateHz, frames, paClipOff, nullptr, nullptr) != paNoError)
+            return false;
+    }
     if (Pa_StartStream(stream) != paNoError || !m_converter.Open(rateHz, channels)) {
+        const qxPortAudioTurn turn(qxPortAudioTurn::Closing);
         Pa_CloseStream(stream);
         return false;
     }
@@ -95,7 +101,7 @@ void DeviceOutput::Close()
     if (!m_stream)
         return;
     Pa_StopStream(m_stream);
-    std::lock_guard<std::mutex> lock(qxPortAudioLock());
+    const qxPortAudioTurn turn(qxPortAudioTurn::Closing);
     Pa_CloseStream(m_stream);
     m_stream = nullptr;
 }

@@ -14,6 +14,7 @@
 
 #include <sapi.h>
 
+#include "common/devicethread.h"
 #include "platform/posix/messages.h"
 #include "platform/posix/utterance.h"
 
@@ -31,7 +32,7 @@ struct VoiceEvent {
 };
 
 // A player that has been inside one device call for longer than this has lost its device: its utterances end.
-constexpr std::chrono::seconds kDeviceStallLimit(5);
+constexpr std::chrono::seconds kDeviceStallLimit = kDevicePatience;
 
 // Made by a voice object; the synthesizer's list and the player's thread share it, so that it outlives the object while
 // one of them is still at work. Every field is guarded by the speech lock unless it says otherwise, and every operation

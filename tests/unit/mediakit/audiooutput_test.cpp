@@ -7,6 +7,7 @@ extern "C" {
 #include <libavutil/frame.h>
 }
 
+#include "common/portaudiolock.h"
 #include "mediakit/audio_io.h"
 #include "mediakit/devicemanager.h"
 #include "mediakit/portaudiostream.h"
@@ -567,4 +568,16 @@ TEST_F(AudioOutput, ClockMayBeReadByAnyThreadWhileOthersWriteAndStop)
     EXPECT_TRUE(m_display.Close());
     done = true;
     EXPECT_GT(reading.get(), 1000000);
+}
+
+TEST(PortAudioTurn, CloseThatHangsHoldsUpNobodyAndAnOpeningIsWaitedFor)
+{
+    std::future<void> last;
+    {
+        const qxPortAudioTurn hung(qxPortAudioTurn::Closing);
+        const qxPortAudioTurn opening(qxPortAudioTurn::Opening);
+        last = std::async(std::launch::async, [] { qxPortAudioTurn(qxPortAudioTurn::Closing); });
+        EXPECT_EQ(last.wait_for(kClosingTurn + std::chrono::milliseconds(100)), std::future_status::timeout);
+    }
+    last.get();
 }
