@@ -51,6 +51,22 @@ void DeleteUnpacked(const wxFileName& file)
         wxFileName::Rmdir(stem, wxPATH_RMDIR_RECURSIVE);
 }
 
+void MakeDir(const wxString& dir)
+{
+    const wxLogNull noLog;
+    if (!wxFileName::DirExists(dir))
+        wxFileName::Mkdir(dir, wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
+}
+
+// Also one that an earlier version made for all to read.
+void MakePrivateDir(const wxString& dir)
+{
+    const wxLogNull noLog;
+    constexpr int kOwner = wxS_IRUSR | wxS_IWUSR | wxS_IXUSR;
+    if (!wxFileName::Mkdir(dir, kOwner))
+        wxFileName::DirName(dir).SetPermissions(kOwner);
+}
+
 void ReadNames(const wxString& journal, wxArrayString& names)
 {
     wxTextFile file;
@@ -84,8 +100,10 @@ void QXTempFileMan::UseDefaultDir()
     if (m_dirChosen || !wxAppConsole::GetInstance())
         return;
     wxFileName dir = wxFileName::DirName(wxStandardPaths::Get().GetUserDataDir());
+    MakeDir(dir.GetPath());
     dir.AppendDir("temp");
     m_dirChosen = true;
+    MakePrivateDir(dir.GetPath());
     SetTempDir(dir.GetPath());
 }
 
@@ -95,11 +113,7 @@ void QXTempFileMan::SetTempDir(const wxString& dir)
     if (dir.empty())
         return;
     m_dirChosen = true;
-    {
-        const wxLogNull noLog;
-        if (!wxFileName::DirExists(dir))
-            wxFileName::Mkdir(dir, wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
-    }
+    MakeDir(dir);
     if (!wxFileName::IsDirWritable(dir)) {
         QX_LOG("TempDir not writable: %s", dir);
         return;

@@ -59,15 +59,19 @@ wxTTSFailure RefusedFailure(const MKMediaPlayer& player)
 }
 
 void WriteAudio(const MKMediaPlayer& player, const wxString& path, AudioFiles& files,
-                const std::function<void(const wxString&)>& write)
+                const std::function<void(const wxString&, FileAccess)>& write)
 {
-    if (path != files.current || !(IsPlaying(player) || IsPlayingPaused(player))) {
-        write(path);
+    if (path != files.current) {
+        write(path, FileAccess::kUsual);
+        return;
+    }
+    if (!(IsPlaying(player) || IsPlayingPaused(player))) {
+        write(path, FileAccess::kOwner);
         return;
     }
     if (files.spare.empty())
         files.spare = QXTempFileMan::CreateTempFile("wav");
-    write(files.spare);
+    write(files.spare, FileAccess::kOwner);
     files.current.swap(files.spare);
 }
 

@@ -5,6 +5,7 @@
 #include <functional>
 #include <wx/string.h>
 
+#include "speech/outputfile.h"
 #include "speech/speechfailure.h"
 
 class MKMediaPlayer;
@@ -32,9 +33,10 @@ struct AudioFiles {
 };
 
 // Has write called with the path where audio meant for `path` goes: that path itself, except that the engine's own file
-// gives way to the spare one while the player runs or is paused; the two then change places, unless write throws.
+// gives way to the spare one while the player runs or is paused; the two then change places, unless write throws. The
+// engine's own files are to be their owner's alone.
 void WriteAudio(const MKMediaPlayer& player, const wxString& path, AudioFiles& files,
-                const std::function<void(const wxString&)>& write);
+                const std::function<void(const wxString&, FileAccess)>& write);
 
 } // namespace qxspeech
 

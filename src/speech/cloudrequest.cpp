@@ -10,7 +10,6 @@
 #include "common/utils.h"
 #include "core/qxproxysettings.h"
 #include "speech/arrivingbody.h"
-#include "speech/outputfile.h"
 #include "speech/qxtexttospeech.h"
 
 using web::http::client::http_client;
@@ -188,9 +187,9 @@ const CloudPeer& CloudResponse::GetPeer() const
     return m_impl->peer;
 }
 
-void CloudResponse::SaveToFile(const wxString& path)
+void CloudResponse::SaveToFile(const wxString& path, FileAccess access)
 {
-    OutputFile file(path);
+    OutputFile file(path, access);
     for (const std::string* block = &m_impl->TakeBlock(); !block->empty(); block = &m_impl->TakeBlock())
         file.Write(block->data(), block->size());
     file.Close();

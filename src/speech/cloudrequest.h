@@ -10,6 +10,7 @@
 #include <wx/string.h>
 
 #include "speech/cloudfailure.h"
+#include "speech/outputfile.h"
 
 namespace qxspeech
 {
@@ -53,7 +54,7 @@ public:
     //
     // Writes it into the file, replacing what is there. Throws also if the file cannot be opened or written; the file
     // then stays cut short.
-    void SaveToFile(const wxString& path);
+    void SaveToFile(const wxString& path, FileAccess access);
     // As qxHttpResponseToString: "" for a label that is no text, with a log line. Throws also for more bytes than that.
     wxString ReadText(std::uint64_t limit, bool ignoreContentType = false);
     // The body of a refusal, up to kShortTextLimit. Throws nothing: what cannot be read is "", with a log line.

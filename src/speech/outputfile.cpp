@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <wx/file.h>
+#include <wx/log.h>
 #include <wx/translation.h>
 
 #include "speech/cloudfailure.h"
@@ -11,9 +13,13 @@
 namespace qxspeech
 {
 
-OutputFile::OutputFile(const wxString& path)
-    : m_path(path), m_file(std::filesystem::u8path(std::string(path.utf8_str())), std::ios::binary | std::ios::trunc)
+OutputFile::OutputFile(const wxString& path, FileAccess access) : m_path(path)
 {
+    if (access == FileAccess::kOwner) {
+        const wxLogNull noLog; // the stream fails then, too
+        wxFile().Create(path, true, wxS_IRUSR | wxS_IWUSR);
+    }
+    m_file.open(std::filesystem::u8path(std::string(path.utf8_str())), std::ios::binary | std::ios::trunc);
     Check();
 }
 

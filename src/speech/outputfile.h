@@ -8,12 +8,15 @@
 namespace qxspeech
 {
 
+// Who may read a file that is made: whom the process's own mask lets, or its owner alone.
+enum class FileAccess { kUsual, kOwner };
+
 // Replaces a file; each call throws CloudFailure, with the file's name and the system's reason, if that fails. Not the
 // HTTP library's own file stream: on a full disk that one ends the process.
 class OutputFile
 {
 public:
-    explicit OutputFile(const wxString& path);
+    OutputFile(const wxString& path, FileAccess access);
     void Write(const void* bytes, size_t count);
     void Close();
 

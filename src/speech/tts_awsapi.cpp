@@ -20,6 +20,7 @@ wxIMPLEMENT_DYNAMIC_CLASS(wxTTSAWSHandler, wxTTSHandler);
 
 using qxspeech::CloudRequest;
 using qxspeech::CloudResponse;
+using qxspeech::FileAccess;
 
 namespace
 {
@@ -238,7 +239,8 @@ bool wxTTSAWSHandler::DoSpeak(const wxString& text, bool isFile, int options, co
         Fail(wxGetTranslation(qxspeech::kCannotReadFile));
         return SetFailure(wxTTS_FAILURE_TEXT, m_lastError);
     }
-    const wxString target = outputFile.empty() ? QXTempFileMan::CreateTempFile("mp3") : outputFile;
+    m_ownFile = outputFile.empty() ? QXTempFileMan::CreateTempFile("mp3") : wxString();
+    const wxString target = outputFile.empty() ? m_ownFile : outputFile;
     if (target.empty())
         return SetFailure(wxTTS_FAILURE_STORAGE, _("No temporary file can be made."));
     const QXTTSVoiceInfo voice = GetVoice();
@@ -300,7 +302,7 @@ bool wxTTSAWSHandler::GetSpeech(const AWSSpeechParams& params, const wxString& p
         CloudResponse response = RequestSpeech(params);
         if (!response.IsOk())
             return Refuse(response);
-        response.SaveToFile(path);
+        response.SaveToFile(path, path == m_ownFile ? FileAccess::kOwner : FileAccess::kUsual);
         return true;
     } catch (const std::exception& failure) {
         Fail(qxExceptionText(failure));

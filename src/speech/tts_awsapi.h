@@ -92,6 +92,7 @@ private:
 
     MKMediaPlayer* m_player;              // owned
     std::vector<QXTTSVoiceInfo> m_voices; // as fetched last
+    wxString m_ownFile;                   // where the latest speech without an output file goes
 };
 
 #endif

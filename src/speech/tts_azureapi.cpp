@@ -155,7 +155,9 @@ bool wxTTSAzureHandler::GenerateWavFile(const wxString& path)
         CloudResponse response = qxspeech::SendCloudRequest(request);
         if (response.IsOk()) {
             qxspeech::WriteAudio(*m_record->player, path, m_record->files,
-                                 [&response](const wxString& target) { response.SaveToFile(target); });
+                                 [&response](const wxString& target, qxspeech::FileAccess access) {
+                                     response.SaveToFile(target, access);
+                                 });
             return true;
         }
         if (response.GetStatus() == 401)

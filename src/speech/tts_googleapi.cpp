@@ -22,6 +22,7 @@ wxIMPLEMENT_DYNAMIC_CLASS(wxTTSGoogleHandler, wxTTSHandler);
 
 using qxspeech::CloudRequest;
 using qxspeech::CloudResponse;
+using qxspeech::FileAccess;
 
 namespace
 {
@@ -39,9 +40,9 @@ CloudRequest SynthesisRequest(const wxString& key, const std::string& body)
     return request;
 }
 
-void WriteFile(const wxString& path, const wxMemoryBuffer& bytes)
+void WriteFile(const wxString& path, FileAccess access, const wxMemoryBuffer& bytes)
 {
-    qxspeech::OutputFile file(path);
+    qxspeech::OutputFile file(path, access);
     file.Write(bytes.GetData(), bytes.GetDataLen());
     file.Close();
 }
@@ -201,7 +202,7 @@ void wxTTSGoogleHandler::TakeAudio(const wxJSONValue& audioContent, const wxStri
     if (audio.IsEmpty())
         QX_LOG("Google Cloud Text-to-Speech audio is no base64 text");
     qxspeech::WriteAudio(*m_record->player, path, m_record->files,
-                         [&audio](const wxString& target) { WriteFile(target, audio); });
+                         [&audio](const wxString& target, FileAccess access) { WriteFile(target, access, audio); });
 }
 
 bool wxTTSGoogleHandler::TestAuthentication(const QXTTSAuthInfo& authInfo)

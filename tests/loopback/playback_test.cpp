@@ -136,6 +136,8 @@ TEST_P(Playback, SpeechIsHeardAndItsEndShowsByItself)
     ASSERT_TRUE(Play(wxString('x', 20))) << handler->GetLastErrorMessage(); // 1.2 s, or longer at a slow speed
     EXPECT_TRUE(handler->IsSpeaking());
     EXPECT_FALSE(handler->IsPaused());
+    EXPECT_EQ(handler->GetLastFailure().category, wxTTS_FAILURE_NONE);
+    EXPECT_EQ(std::filesystem::status(AudioFiles().at(0)).permissions(), std::filesystem::perms(0600));
     EXPECT_TRUE(AwaitEnd());
     EXPECT_FALSE(handler->IsPaused());
     EXPECT_TRUE(handler->Stop()); // what the device holds is heard first

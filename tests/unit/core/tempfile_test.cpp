@@ -176,6 +176,7 @@ TEST_F(TempFiles, NamesLieInTheUserDataFolderAndAreNotMade)
     const std::string path = Make();
     const std::string folder = Utf8(wxStandardPaths::Get().GetUserDataDir()) + "/temp";
     EXPECT_EQ(fs::path(path).parent_path().string(), folder);
+    EXPECT_EQ(fs::status(folder).permissions(), fs::perms(0700));
     EXPECT_THAT(NameOf(path), testing::MatchesRegex("qx_[0-9]{8}_[0-9]{6}_[a-z0-9]{10}\\.wav"));
     EXPECT_FALSE(fs::exists(path));
     EXPECT_NE(Make(), path);

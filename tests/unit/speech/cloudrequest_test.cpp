@@ -19,6 +19,7 @@
 
 using qxspeech::CloudRequest;
 using qxspeech::CloudResponse;
+using qxspeech::FileAccess;
 using qxspeech::SendCloudRequest;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -153,9 +154,9 @@ TEST(CloudResponse, BodyReplacesTheFile)
     const std::string audio = std::string(200'000, 'a') + std::string("\0\r\n\xff", 4);
     HttpAnswers server({HttpAnswers::Make("200 OK", "Content-Type: audio/mpeg\r\n", audio),
                         HttpAnswers::Make("200 OK", "Content-Type: audio/mpeg\r\n", "short")});
-    SendCloudRequest(Get(server.Url("/"))).SaveToFile(wxString::FromUTF8(path));
+    SendCloudRequest(Get(server.Url("/"))).SaveToFile(wxString::FromUTF8(path), FileAccess::kUsual);
     EXPECT_TRUE(ReadAll(path) == audio);
-    SendCloudRequest(Get(server.Url("/"))).SaveToFile(wxString::FromUTF8(path));
+    SendCloudRequest(Get(server.Url("/"))).SaveToFile(wxString::FromUTF8(path), FileAccess::kUsual);
     EXPECT_TRUE(ReadAll(path) == "short");
 }
 
@@ -165,7 +166,8 @@ TEST(CloudResponse, BodyThatBreaksOffThrowsAndLeavesItsStart)
     const std::string path = folder / "cut.wav";
     HttpAnswers server({"HTTP/1.1 200 OK\r\nContent-Length: 150000\r\n\r\n" + std::string(100'000, 'a')});
     CloudResponse response = SendCloudRequest(Get(server.Url("/")));
-    EXPECT_EQ(Thrown([&] { response.SaveToFile(wxString::FromUTF8(path)); }), "Failed to read response body");
+    EXPECT_EQ(Thrown([&] { response.SaveToFile(wxString::FromUTF8(path), FileAccess::kUsual); }),
+              "Failed to read response body");
     EXPECT_TRUE(std::filesystem::exists(path));
     EXPECT_LT(std::filesystem::file_size(path), 150'000u);
 }
@@ -177,7 +179,8 @@ TEST(CloudResponse, FileThatTakesNothingThrows)
                         HttpAnswers::Make("200 OK", "", std::string(200'000, 'a'))});
     for (const std::string& path : {folder / "missing/a.wav", std::string("/dev/full"), std::string("/dev/full")}) {
         CloudResponse response = SendCloudRequest(Get(server.Url("/")));
-        EXPECT_THAT(Thrown([&] { response.SaveToFile(wxString::FromUTF8(path)); }), Not(IsEmpty())) << path;
+        EXPECT_THAT(Thrown([&] { response.SaveToFile(wxString::FromUTF8(path), FileAccess::kUsual); }), Not(IsEmpty()))
+            << path;
     }
 }
 
