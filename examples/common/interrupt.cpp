@@ -29,14 +29,14 @@ struct RegisteredFile {
 RegisteredFile g_files[8];
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const termios*>::is_always_lock_free);
 
-[[noreturn]] void LeaveAtOnce()
+[[noreturn]] void LeaveAtOnce(ExitStatus status = kExitInterrupted)
 {
     if (const termios* settings = g_terminal)
         tcsetattr(STDIN_FILENO, TCSANOW, settings);
     for (const RegisteredFile& file : g_files)
         if (file.isSet)
             unlink(file.path);
-    _exit(kExitInterrupted);
+    _exit(status);
 }
 
 void OnEndSignal(int)
@@ -88,9 +88,9 @@ void RequestEnd()
         alarm(kGraceSeconds);
 }
 
-void EndAtOnce()
+void EndAtOnce(ExitStatus status)
 {
-    LeaveAtOnce();
+    LeaveAtOnce(status);
 }
 
 bool IsInterrupted()

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "exitstatus.h"
+
 struct termios;
 
 namespace tool
@@ -14,9 +16,9 @@ namespace tool
 // Terminal and temporary files are put in order even then.
 void InstallSignalHandlers();
 void RequestEnd();
-// What the second signal and the end of the three seconds do: for a main thread that another one keeps from an orderly
-// end.
-[[noreturn]] void EndAtOnce();
+// What the second signal and the end of the three seconds do: for a main thread that something else keeps from an
+// orderly end.
+[[noreturn]] void EndAtOnce(ExitStatus status = kExitInterrupted);
 bool IsInterrupted();
 // Throws Failure (kExitInterrupted).
 void ThrowIfInterrupted();

@@ -5,6 +5,10 @@
 #include <dlfcn.h>
 #include <wx/log.h>
 
+#include "../common/console.h"
+#include "../common/exitstatus.h"
+#include "../common/interrupt.h"
+
 namespace play
 {
 namespace
@@ -47,6 +51,26 @@ private:
     void* m_connection = nullptr;
 };
 
+// The library beneath the toolkit ends the process if this returns.
+int OnDisplayLost(void*)
+{
+    if (tool::ErrorsGoToTerminal())
+        tool::PrintProgress("\n"); // which the progress line stands on
+    tool::PrintError("the display went away");
+    tool::EndAtOnce(tool::kExitNoDevice);
+}
+
+// The toolkit's own way is to end the process with a line of its own, which nobody would see.
+void CatchDisplayLost()
+{
+    using Handler = int (*)(void*);
+    void* const library = dlopen("libX11.so.6", RTLD_NOW | RTLD_NOLOAD);
+    if (!library)
+        return;
+    if (const auto set = reinterpret_cast<Handler (*)(Handler)>(dlsym(library, "XSetIOErrorHandler")))
+        set(&OnDisplayLost);
+}
+
 } // namespace
 
 bool Application::HasDisplayName()
@@ -68,6 +92,8 @@ bool Application::StartGui()
     static wxChar* arguments[] = {name, nullptr};
     int count = 1;
     m_hasGui = wxApp::Initialize(count, arguments);
+    if (m_hasGui)
+        CatchDisplayLost();
     return m_hasGui;
 }
 

@@ -107,8 +107,8 @@ wxString UsageText()
            tool::DescribeOptions(kEntries) +
            "\nOn a terminal and in the window: space pauses and goes on, left and right go 5 seconds back and\n"
            "forward, n goes to the next file, q or Ctrl-C stops.\n"
-           "Exit status: 0 done, 2 usage, 3 no audio device, or it went away, 4 a file cannot be read or written,\n"
-           "130 interrupted.\n";
+           "Exit status: 0 done, 2 usage, 3 no audio device, or it or the display went away, 4 a file cannot be\n"
+           "read, written or shown, 130 interrupted.\n";
 }
 
 } // namespace play

@@ -81,7 +81,7 @@ void Playback::Open()
     OpenMedia();
     m_hasPictures = m_stage.screen && m_provider->FindStream(MKMediaVideo, 0) >= 0;
     if (m_stage.screen)
-        m_stage.screen->NoteStreams(m_hasPictures);
+        m_stage.screen->NoteStreams(m_hasPictures, m_hasSound, PictureShape());
 }
 
 void Playback::OpenMedia()
@@ -89,6 +89,8 @@ void Playback::OpenMedia()
     MKMediaPlayer& player = m_stage.player;
     player.SetSurface(m_stage.screen ? m_stage.screen->GetSurface() : nullptr);
     m_provider = new MKFileProvider(MediaName(m_file));
+    m_provider->SetExactSeek(true);
+    m_provider->SetDeepReadAhead(true);
     player.SetProvider(m_provider);
     if (!player.OpenMedia())
         TellWhyNot();
@@ -109,11 +111,28 @@ void Playback::TellWhyNot()
         throw Failure{tool::kExitFile, name + ": this is no media file"};
     const int sound = provider.FindStream(MKMediaAudio, 0);
     MKStreamParameters parameters;
+    if (sound < 0 && m_stage.screen && provider.FindStream(MKMediaVideo, 0) >= 0)
+        ThrowNothingToShowOn();
     if (sound < 0)
         throw Failure{tool::kExitFile, name + ": there is no sound in it"};
     if (!provider.OpenStream(static_cast<size_t>(sound), &parameters))
         throw Failure{tool::kExitFile, name + ": its sound cannot be decoded"};
     throw Failure{tool::kExitNoDevice, "the audio device does not open"};
+}
+
+void Playback::ThrowNothingToShowOn() const
+{
+    throw Failure{tool::kExitFile,
+                  tool::FromBytes(m_file) + ": there is no sound in it, and no display for its pictures"};
+}
+
+// Of the stream that is played.
+MKPictureShape Playback::PictureShape() const
+{
+    int picture = m_provider->FindStream(MKMediaVideo, 0);
+    while (picture >= 0 && !m_provider->IsStreamOpened(static_cast<size_t>(picture)))
+        picture = m_provider->FindStream(MKMediaVideo, static_cast<size_t>(picture) + 1);
+    return picture < 0 ? MKPictureShape() : m_provider->GetPictureShape(static_cast<size_t>(picture));
 }
 
 void Playback::Run(int64_t fromUs)
@@ -124,6 +143,7 @@ void Playback::Run(int64_t fromUs)
                                                 " lasts " + FormatTime(Duration())};
         if (!m_provider->Seek(fromUs))
             throw Failure{tool::kExitFile, tool::FromBytes(m_file) + ": it can only be played from its beginning"};
+        m_placeUs = fromUs;
     }
     Start();
     while (!m_isOver && IsGoingOn()) {
@@ -158,8 +178,11 @@ void Playback::ObeyAll()
         Obey(m_decoder.Feed(byte));
         wait = 0;
     }
-    if (m_stage.screen)
-        Obey(m_stage.screen->Update());
+    if (!m_stage.screen)
+        return;
+    Obey(m_stage.screen->Update());
+    if (!m_hasSound && m_stage.screen->IsHopeless())
+        ThrowNothingToShowOn();
 }
 
 void Playback::Obey(Command command)
@@ -218,6 +241,7 @@ void Playback::SeekTo(int64_t positionUs)
     // Stop drops what was decoded ahead, and until then the provider was read on.
     m_stage.player.Stop();
     m_provider->Seek(positionUs);
+    m_placeUs = positionUs;
     Start();
 }
 
@@ -258,8 +282,15 @@ void Playback::CheckEnd()
 
 int64_t Playback::Position() const
 {
-    const int64_t position = m_soughtUs >= 0 ? m_soughtUs : m_consumer->GetStreamTimeStamp(m_stream);
+    const int64_t position = m_soughtUs >= 0 ? m_soughtUs : std::max(m_placeUs, PlayedPosition());
     return Duration() > 0 ? std::clamp<int64_t>(position, 0, Duration()) : std::max<int64_t>(position, 0);
+}
+
+// Until the first sound or picture behind a start the times are not yet those of the file.
+int64_t Playback::PlayedPosition() const
+{
+    const bool hasBegun = !m_hasSound || m_consumer->GetDuration() > 0;
+    return hasBegun ? m_consumer->GetStreamTimeStamp(m_stream) : m_placeUs;
 }
 
 int64_t Playback::Duration() const

@@ -56,6 +56,9 @@ private:
     bool SoundHasFailed() const;
     void CheckEnd();
     int64_t Position() const;
+    int64_t PlayedPosition() const;
+    void ThrowNothingToShowOn() const;
+    MKPictureShape PictureShape() const;
     int64_t Duration() const; // 0 if unknown
     void ShowProgress();
 
@@ -70,6 +73,7 @@ private:
     bool m_paused = false;
     bool m_isOver = false;   // by the user's wish
     int64_t m_soughtUs = -1; // a position that playing goes to when it is resumed
+    int64_t m_placeUs = 0;   // where playing began, or the last seek went
     int64_t m_shownUs = 0;   // the latest position on the progress line since the last seek
     KeyDecoder m_decoder;
 };

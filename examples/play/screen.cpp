@@ -39,12 +39,28 @@ Command CommandOfKey(const wxKeyEvent& event)
     return code >= 'A' && code <= 'Z' ? CommandOfCharacter(code - 'A' + 'a') : Command::kNone;
 }
 
-wxSize FirstSize(const Picture& picture)
+// A picture's size before it is turned, in square pixels.
+wxRealPoint PlainSize(double width, double height, const MKPictureShape& shape)
+{
+    return wxRealPoint(width * shape.pixelWidth / shape.pixelHeight, height);
+}
+
+wxRealPoint Turned(const wxRealPoint& size, const MKPictureShape& shape)
+{
+    return shape.rotation % 180 == 0 ? size : wxRealPoint(size.y, size.x);
+}
+
+double ScaleInto(const wxRealPoint& room, const wxRealPoint& size)
+{
+    return std::min(room.x / size.x, room.y / size.y);
+}
+
+wxSize FirstSize(const Picture& picture, const MKPictureShape& shape)
 {
     const wxSize room = wxDisplay(0U).GetClientArea().GetSize();
-    const double scale = std::min({1.0, kLargestPart * room.x / picture.width, kLargestPart * room.y / picture.height});
-    return wxSize(std::max(1, static_cast<int>(picture.width * scale)),
-                  std::max(1, static_cast<int>(picture.height * scale)));
+    const wxRealPoint size = Turned(PlainSize(picture.width, picture.height, shape), shape);
+    const double scale = std::min(1.0, kLargestPart * ScaleInto(wxRealPoint(room.x, room.y), size));
+    return wxSize(std::max(1, static_cast<int>(size.x * scale)), std::max(1, static_cast<int>(size.y * scale)));
 }
 
 } // namespace
@@ -77,6 +93,7 @@ public:
     Window& operator=(const Window&) = delete;
 
     void SetTitle(const wxString& title) { m_frame->SetTitle(title); }
+    void SetShape(const MKPictureShape& shape) { m_shape = shape; }
     void Hide()
     {
         m_frame->Hide();
@@ -90,7 +107,7 @@ public:
         const wxImage image(m_picture.width, m_picture.height, m_picture.bytes.data(), true); // borrows the bytes
         m_bitmap = wxBitmap(image, 24);
         if (!m_isPlaced) {
-            m_frame->SetClientSize(FirstSize(m_picture));
+            m_frame->SetClientSize(FirstSize(m_picture, m_shape));
             m_frame->Show();
             m_isPlaced = true;
         }
@@ -111,12 +128,13 @@ private:
         const std::unique_ptr<wxGraphicsContext> graphics(wxGraphicsContext::Create(dc));
         if (!graphics || !m_bitmap.IsOk())
             return;
-        const wxSize room = m_panel->GetClientSize();
-        const double scale = std::min(static_cast<double>(room.x) / m_bitmap.GetWidth(),
-                                      static_cast<double>(room.y) / m_bitmap.GetHeight());
-        const double width = m_bitmap.GetWidth() * scale;
-        const double height = m_bitmap.GetHeight() * scale;
-        graphics->DrawBitmap(m_bitmap, (room.x - width) / 2, (room.y - height) / 2, width, height);
+        const wxRealPoint room(m_panel->GetClientSize().x, m_panel->GetClientSize().y);
+        const wxRealPoint size = PlainSize(m_bitmap.GetWidth(), m_bitmap.GetHeight(), m_shape);
+        const double scale = ScaleInto(room, Turned(size, m_shape));
+        graphics->Translate(room.x / 2, room.y / 2);
+        graphics->Rotate(wxDegToRad(m_shape.rotation));
+        graphics->Scale(m_shape.isMirrored ? -scale : scale, scale);
+        graphics->DrawBitmap(m_bitmap, -size.x / 2, -size.y / 2, size.x, size.y);
     }
 
     PictureSurface& m_surface;
@@ -125,6 +143,7 @@ private:
     wxGUIEventLoop m_loop;  // never run; it serves the events of the main thread's own loop
     wxEventLoopActivator m_activator;
     Picture m_picture;
+    MKPictureShape m_shape;
     wxBitmap m_bitmap;
     Command m_command = Command::kNone;
     bool m_isPlaced = false; // shown in the size of the file's pictures
@@ -152,8 +171,12 @@ MKVideoSurface* Screen::GetSurface()
     return m_isHopeless ? nullptr : &m_surface;
 }
 
-void Screen::NoteStreams(bool hasPictures)
+void Screen::NoteStreams(bool hasPictures, bool hasSound, const MKPictureShape& shape)
 {
+    m_hasSound = hasSound;
+    m_shape = shape;
+    if (m_window)
+        m_window->SetShape(shape);
     if (hasPictures && m_isHopeless)
         NoteMissingDisplay();
 }
@@ -173,12 +196,13 @@ void Screen::OpenWindow()
         return;
     }
     m_window = std::make_unique<Window>(m_surface, m_title);
+    m_window->SetShape(m_shape);
     m_window->ShowNewest(); // one that became ready before the window listened
 }
 
 void Screen::NoteMissingDisplay()
 {
-    if (!std::exchange(m_isNoted, true))
+    if (m_hasSound && !std::exchange(m_isNoted, true))
         m_tell("no display; the sound plays without its picture");
 }
 

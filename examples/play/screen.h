@@ -7,6 +7,7 @@
 #include <wx/string.h>
 
 #include "keys.h"
+#include "mediakit/fileprovider.h"
 #include "surface.h"
 
 namespace play
@@ -29,8 +30,10 @@ public:
     void Begin(const wxString& title);
     // Null without a display, as far as that is known.
     MKVideoSurface* GetSurface();
-    // After a file was opened: whether it has pictures. The first that is not shown is worth a line.
-    void NoteStreams(bool hasPictures);
+    // After a file was opened. The first pictures that are not shown to a sound are worth a line.
+    void NoteStreams(bool hasPictures, bool hasSound, const MKPictureShape& shape);
+    // Whether it is known that there is no display.
+    bool IsHopeless() const { return m_isHopeless; }
     // Opens the window if it is time, and lets it draw. The command of a key that was pressed in it; closing it stops.
     Command Update();
 
@@ -42,6 +45,8 @@ private:
     PictureSurface m_surface;
     std::unique_ptr<Window> m_window;
     wxString m_title;
+    MKPictureShape m_shape;
+    bool m_hasSound = false;
     bool m_isHopeless; // there is no display
     bool m_isNoted = false;
 };

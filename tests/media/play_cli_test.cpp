@@ -9,6 +9,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <memory>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -192,9 +193,20 @@ TEST_F(PlayCli, SoundlessPictureFileIsToldWithoutAScreen)
     spec.audioStreams = 0;
     spec.width = 64;
     spec.height = 48;
-    const Result result = RunPlay({"--no-video", MakeMediaFile(m_folder, spec)});
-    EXPECT_EQ(result.status, 4);
-    EXPECT_TRUE(Contains(result.err, "no sound")) << result.err;
+    const std::string file = MakeMediaFile(m_folder, spec);
+    const struct {
+        Arguments arguments;
+        const char* display;
+        bool isDisplayNamed;
+    } rows[] = {{{"--no-video", file}, "", false}, {{file}, "", true}, {{file}, ":4711", true}};
+    for (const auto& row : rows) {
+        setenv("DISPLAY", row.display, 1);
+        const Result result = RunPlay(row.arguments);
+        EXPECT_EQ(result.status, 4);
+        EXPECT_EQ(Lines(result.err), 1U) << result.err;
+        EXPECT_TRUE(Contains(result.err, "no sound")) << result.err;
+        EXPECT_EQ(Contains(result.err, "no display"), row.isDisplayNamed) << result.err;
+    }
 }
 
 TEST_F(PlayCli, FromBeginsInTheMiddleOfTheFirstFile)
@@ -435,9 +447,9 @@ TEST_F(PlayCliInTime, ArrowsGoForwardAndBack)
     };
     child.type = [&](const std::string& shown) -> std::string {
         if (typed == 0 && shownSince(shown, "playing, 0:00.5"))
-            return "\x1b[C";
-        if (typed == 1 && shownSince(shown, "playing, 0:06."))
-            return "\x1b[D";
+            return "\x1b[C\x1b[C\x1b[C"; // quicker than the sound begins
+        if (typed == 1 && shownSince(shown, "playing, 0:16."))
+            return "\x1b[D\x1b[D\x1b[D";
         if (typed == 2 && shownSince(shown, "playing, 0:01."))
             return "q";
         return "";
@@ -587,32 +599,62 @@ TEST_F(PlayCliVideo, PictureIsSeenInTheWindowWhileTheSoundPlays)
     if (!server.Ok())
         GTEST_SKIP() << "no Xvfb command";
     setenv("DISPLAY", server.Name().c_str(), 1);
-    Patch red;
-    Patch green;
-    Patch blue;
-    Patch white;
+    const std::string turned = m_folder / "turned.mp4"; // to the left, and half as wide as its pixels
+    const std::string command = "ffmpeg -nostdin -y -v error -i " + m_file +
+                                " -c:v copy -c:a aac -strict -2 -aspect 2:3 -metadata:s:v:0 rotate=90 " + turned;
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const struct {
+        std::string file;
+        double right[2]; // from the picture's left to its right, in pixels
+        double down[2];
+    } rows[] = {{m_file, {160, 0}, {0, 120}}, {turned, {0, -80}, {120, 0}}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.file);
+        const double size = std::abs(row.right[0] * row.down[1] - row.right[1] * row.down[0]);
+        Patch red;
+        Patch green;
+        Patch blue;
+        Patch white;
+        ChildProcess child = Play({row.file});
+        child.whileRunning = [&](pid_t) {
+            // A look may come upon a window that is just being drawn.
+            if (static_cast<double>(std::min({red.count, green.count, blue.count, white.count})) > size - 2000)
+                return;
+            const Screenshot shot = server.Look();
+            red = FindColour(shot, 0xff0000);
+            green = FindColour(shot, 0x00ff00);
+            blue = FindColour(shot, 0x0000ff);
+            white = FindColour(shot, 0xffffff);
+        };
+        SinkRecording recording(m_sink);
+        const Result result = child.Run();
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.err, "");
+        EXPECT_NEAR(LoudSeconds(recording.Stop()), 4, 0.4);
+        for (const Patch& patch : {red, green, blue, white})
+            EXPECT_NEAR(static_cast<double>(patch.count), size, 2000);
+        EXPECT_NEAR(green.x - red.x, row.right[0], 8);
+        EXPECT_NEAR(green.y - red.y, row.right[1], 8);
+        EXPECT_NEAR(blue.x - red.x, row.down[0], 8);
+        EXPECT_NEAR(blue.y - red.y, row.down[1], 8);
+    }
+}
+
+TEST_F(PlayCliVideo, DisplayThatGoesAwayIsOneLine)
+{
+    auto server = std::make_unique<XServer>();
+    if (!server->Ok())
+        GTEST_SKIP() << "no Xvfb command";
+    setenv("DISPLAY", server->Name().c_str(), 1);
     ChildProcess child = Play({m_file});
     child.whileRunning = [&](pid_t) {
-        // A look may come upon a window that is just being drawn.
-        if (std::min({red.count, green.count, blue.count, white.count}) > 160 * 120 - 2000)
-            return;
-        const Screenshot shot = server.Look();
-        red = FindColour(shot, 0xff0000);
-        green = FindColour(shot, 0x00ff00);
-        blue = FindColour(shot, 0x0000ff);
-        white = FindColour(shot, 0xffffff);
+        if (server && FindColour(server->Look(), 0xff0000).count > 1000)
+            server.reset();
     };
-    SinkRecording recording(m_sink);
     const Result result = child.Run();
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, "");
-    EXPECT_NEAR(LoudSeconds(recording.Stop()), 4, 0.4);
-    for (const Patch& patch : {red, green, blue, white})
-        EXPECT_NEAR(static_cast<double>(patch.count), 160 * 120, 2000);
-    EXPECT_NEAR(green.x - red.x, 160, 8);
-    EXPECT_NEAR(green.y, red.y, 8);
-    EXPECT_NEAR(blue.y - red.y, 120, 8);
-    EXPECT_NEAR(white.x - blue.x, 160, 8);
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(Lines(result.err), 1U) << result.err;
+    EXPECT_TRUE(Contains(result.err, "display")) << result.err;
 }
 
 // The file is black and silent at first, white and loud from a moment on.
