@@ -13,7 +13,8 @@ namespace qxspeech
 //   presence  shared for as long as the object's owner works beside others; alone: nobody else has it
 //   edit      exclusive, for short
 //
-// Alone is asked for, and left, only under the edit lock, so that nobody comes in between.
+// Alone is asked for, and left, only under the edit lock, so that nobody comes in between. Who is alone and leaves may
+// remove the file; who comes takes the edit lock first and looks whether the file is still in place.
 class FileLock
 {
 public:
@@ -30,6 +31,10 @@ public:
     // Waits until others have finished their edit.
     void BeginEdit();
     void EndEdit();
+    // Whether the path still leads to the file that was opened. True without a file.
+    bool IsInPlace() const;
+    // Only alone, and under the edit lock.
+    void RemoveFile();
 
     class Edit
     {
@@ -44,6 +49,7 @@ public:
     };
 
 private:
+    const wxString m_path;
     int m_file; // -1 for none
 };
 

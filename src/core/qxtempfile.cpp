@@ -170,12 +170,17 @@ void QXTempFileMan::RestartAfterFork()
 void QXTempFileMan::Enter()
 {
     const wxLogNull noLog;
-    delete m_dirLock;
-    m_dirLock = new FileLock(Path(kLockName));
-    const FileLock::Edit edit(*m_dirLock);
-    if (m_dirLock->TryAlone())
-        LoadJournal();
-    m_dirLock->BePresent();
+    for (int i = 0; i < kTries; ++i) {
+        delete m_dirLock;
+        m_dirLock = new FileLock(Path(kLockName));
+        const FileLock::Edit edit(*m_dirLock);
+        if (!m_dirLock->IsInPlace())
+            continue; // somebody left and took the file away
+        if (m_dirLock->TryAlone())
+            LoadJournal();
+        m_dirLock->BePresent();
+        return;
+    }
 }
 
 void QXTempFileMan::Leave()
@@ -187,10 +192,12 @@ void QXTempFileMan::Leave()
     }
     {
         const FileLock::Edit edit(*m_dirLock);
-        if (m_dirLock->TryAlone())
+        if (m_dirLock->TryAlone()) {
             LoadJournal();
-        else
+            m_dirLock->RemoveFile();
+        } else {
             RemoveLines();
+        }
     }
     delete m_dirLock;
     m_dirLock = nullptr;

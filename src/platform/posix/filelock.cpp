@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace qxspeech
@@ -30,7 +31,9 @@ bool SetLock(int file, int command, short type, off_t byte)
 
 } // namespace
 
-FileLock::FileLock(const wxString& path) : m_file(open(path.fn_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {}
+FileLock::FileLock(const wxString& path) : m_path(path), m_file(open(path.fn_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666))
+{
+}
 
 FileLock::~FileLock()
 {
@@ -51,6 +54,20 @@ void FileLock::BePresent()
 void FileLock::BeginEdit()
 {
     SetLock(m_file, F_OFD_SETLKW, F_WRLCK, kEditByte);
+}
+
+bool FileLock::IsInPlace() const
+{
+    struct stat opened = {};
+    struct stat present = {};
+    return m_file < 0 || fstat(m_file, &opened) != 0 ||
+           (stat(m_path.fn_str(), &present) == 0 && present.st_dev == opened.st_dev && present.st_ino == opened.st_ino);
+}
+
+void FileLock::RemoveFile()
+{
+    if (m_file >= 0 && IsInPlace())
+        unlink(m_path.fn_str());
 }
 
 void FileLock::EndEdit()
