@@ -200,6 +200,9 @@ private:
             m_output->RequireRoom();
         if (!TemporaryFiles::LibraryError().empty())
             throw Failure{kExitFile, TemporaryFiles::LibraryError()};
+        const wxTTSFailure failure = m_engine.GetCurrentHandler()->GetLastFailure();
+        if (failure.category == wxTTS_FAILURE_STORAGE)
+            throw Failure{kExitFile, failure.message};
         if (!m_output && !AudioSession::HasOutputDevice())
             throw Failure{kExitNoDevice, "no audio output device; use -o FILE to write a sound file"};
         const wxString reason = m_engine.GetLastErrorMessage();

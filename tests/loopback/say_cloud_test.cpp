@@ -649,12 +649,14 @@ TEST_F(SayCloudFullDisk, CutAudioIsAFileFailureAndLeavesTheOldFile)
     if (mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=64k") != 0)
         GTEST_SKIP() << "no right to mount";
     WriteFile(disk + "/old.wav", "old");
+    Set("TMPDIR", disk);
     for (const Engine& engine : kEngines) {
         SCOPED_TRACE(engine.name);
         const Result result = Run(engine, {"-o", disk + "/old.wav", std::string(2000, 'a')});
         EXPECT_EQ(result.status, 4);
         EXPECT_TRUE(Holds(result.err, "No space left")) << result.err;
         EXPECT_EQ(ReadFile(disk + "/old.wav"), "old");
+        EXPECT_EQ(Run(engine, {std::string(2000, 'a')}).status, 4) << "plays from a temporary file";
     }
     umount(disk.c_str());
 }
