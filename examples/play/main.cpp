@@ -54,6 +54,7 @@ int PlayAll(const Options& options)
         screen.emplace(tell);
     MKMediaPlayer player;
     player.SetAudioDevice(device);
+    player.SetPlayTail(true);
     tool::TerminalKeys keys;
     int status = tool::kExitDone;
     for (size_t i = 0; i < options.files.size(); ++i) {

@@ -58,6 +58,7 @@ void WebSession::Use(wxTextToSpeech& engine)
 {
     m_engine = &engine;
     m_engineId = engine.GetEngine();
+    engine.GetCurrentHandler()->SetPlayTail(true);
     m_isWeb = NeedsAccount(m_engineId);
     const wxString missing = DescribeMissing(m_engineId, m_account);
     if (!missing.empty())

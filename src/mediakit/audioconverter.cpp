@@ -170,9 +170,9 @@ int MKAudioConverter::Fill(const AVFrame* src, AVFrame* dst, int size, int input
         return added;
     }
     dst->nb_samples += added;
+    dst->pts = RoundedPosition(static_cast<double>(nextPts) * kMicrosecondsPerSecond / Scale());
     if (dst->nb_samples < 1 || (size >= 1 && dst->nb_samples != size))
         return AVERROR(EAGAIN);
-    dst->pts = RoundedPosition(static_cast<double>(nextPts) * kMicrosecondsPerSecond / Scale());
     nextPts += static_cast<int64_t>(in.rate) * dst->nb_samples;
     return 0;
 }

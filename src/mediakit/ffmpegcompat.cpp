@@ -82,6 +82,11 @@ int mkChannelCount(const AVCodecContext* context)
     return ChannelCount(context);
 }
 
+int mkChannelCount(const AVFrame* frame)
+{
+    return ChannelCount(frame);
+}
+
 void mkEnsureChannelLayout(AVCodecContext* context)
 {
     if (static_cast<int64_t>(context->channel_layout) > 0)

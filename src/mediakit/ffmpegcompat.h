@@ -18,6 +18,7 @@ void mkSetFrameChannelLayout(AVFrame* frame, int64_t layout);
 // The count of the layout if there is one, else the plain count.
 int mkChannelCount(const AVCodecParameters* parameters);
 int mkChannelCount(const AVCodecContext* context);
+int mkChannelCount(const AVFrame* frame);
 // Gives a decoder that was opened without a layout the default one for its channel count.
 void mkEnsureChannelLayout(AVCodecContext* context);
 // Before opening: packets may be cut anywhere, where the decoder can do with that.

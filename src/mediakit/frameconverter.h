@@ -21,7 +21,7 @@ public:
     // Converts src (null: end of stream, which flushes what is held) into dst, which MKFrame::Allocate has prepared;
     // neither is owned. 0 or more: dst is ready. AVERROR(EAGAIN): the input was taken, dst is not full yet and is to be
     // given again. Another negative value: failure, for sound outside 1 to 6144000 samples per second at once. At the
-    // end of a sound stream a last frame that is not full is dropped.
+    // end of a sound stream a last frame that is not full is not ready either; dst then has what there is of it.
     int Convert(MKFrame* src, MKFrame* dst);
     // More output without new input, with the same src as before. AVERROR(EAGAIN): nothing more is held.
     int Drain(MKFrame* src, MKFrame* dst);

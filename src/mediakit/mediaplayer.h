@@ -107,6 +107,7 @@ public:
     using MKTransform::GetConsumer;
     using MKTransform::GetState;
     using MKTransform::SetHardwareConversion;
+    using MKTransform::SetPlayTail;
 
 private:
     struct Record;

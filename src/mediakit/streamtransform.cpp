@@ -8,9 +8,12 @@
 
 extern "C" {
 #include <libavutil/error.h>
+#include <libavutil/frame.h>
+#include <libavutil/samplefmt.h>
 }
 
 #include "mediakit/circularqueue.h"
+#include "mediakit/ffmpegcompat.h"
 #include "mediakit/frameconverter.h"
 #include "mediakit/spareframes.h"
 
@@ -18,6 +21,26 @@ namespace
 {
 
 thread_local const void* ownerOfThread = nullptr;
+
+} // namespace
+
+namespace
+{
+
+// Fills a frame of sound up to what it was allocated for. False: it holds nothing, or is full.
+bool FillWithSilence(MKFrame& frame)
+{
+    AVFrame* const sound = frame.GetAVFrame();
+    if (!sound || sound->sample_rate < 1 || sound->nb_samples < 1)
+        return false;
+    const int missing = frame.GetFrameSize() - sound->nb_samples;
+    const int channels = mkChannelCount(sound);
+    if (missing < 1 || av_samples_set_silence(sound->extended_data, sound->nb_samples, missing, channels,
+                                              static_cast<AVSampleFormat>(sound->format)) < 0)
+        return false;
+    sound->nb_samples += missing;
+    return true;
+}
 
 } // namespace
 
@@ -32,6 +55,7 @@ public:
     MKStreamTransformImpl(const MKStreamTransformImpl&) = delete;
     MKStreamTransformImpl& operator=(const MKStreamTransformImpl&) = delete;
 
+    void SetPlayTail(bool enable) { playTail = enable; }
     bool Start();
     bool Pause();
     bool Resume();
@@ -67,6 +91,8 @@ private:
     const size_t consumerIndex;
     const bool hardwareConversion;
     const void* const owner;
+
+    bool playTail = false; // set before the threads start
 
     std::mutex controlLock; // one Start or Stop at a time
     // guarded by controlLock; null while there are no threads to join
@@ -239,7 +265,7 @@ MKFrame* MKStreamTransformImpl::PreparedSlot(bool allocate)
 
 MKStreamTransformImpl::Delivery MKStreamTransformImpl::Settle(int result, bool atEnd, MKFrame* slot)
 {
-    if (result >= 0) {
+    if (result >= 0 || (result == AVERROR(EAGAIN) && atEnd && playTail && FillWithSilence(*slot))) {
         queue->CommitWrite();
         return Delivery::MoreHeld;
     }
@@ -326,6 +352,11 @@ MKStreamTransform::MKStreamTransform(MKProvider* provider, MKConsumer* consumer,
 MKStreamTransform::~MKStreamTransform()
 {
     delete impl;
+}
+
+void MKStreamTransform::SetPlayTail(bool enable)
+{
+    impl->SetPlayTail(enable);
 }
 
 bool MKStreamTransform::Start()

@@ -28,6 +28,8 @@ public:
     MKStreamTransform(const MKStreamTransform&) = delete;
     MKStreamTransform& operator=(const MKStreamTransform&) = delete;
 
+    // Before Start; see MKTransform.
+    void SetPlayTail(bool enable);
     // Begins with a Stop. False: the consumer wants no queue. Raises std::system_error without a thread.
     virtual bool Start();
     virtual bool Pause();

@@ -20,6 +20,7 @@ struct MKTransform::Record {
     std::unique_ptr<MKProvider> provider;
     std::list<std::unique_ptr<MKStreamTransform>> streams;
     bool hardwareConversion = true;
+    bool playTail = false;
 
     void Close();
     bool OpenNodes();
@@ -57,6 +58,7 @@ bool MKTransform::Record::OpenStream(size_t index, const std::function<void(MKSt
         return false;
     streams.push_back(std::make_unique<MKStreamTransform>(provider.get(), consumer.get(), index, consumerIndex,
                                                           hardwareConversion, this));
+    streams.back()->SetPlayTail(playTail);
     return true;
 }
 
@@ -208,4 +210,10 @@ void MKTransform::SetHardwareConversion(bool enable)
         return;
     std::lock_guard<std::mutex> hold(record->lock);
     record->hardwareConversion = enable;
+}
+
+void MKTransform::SetPlayTail(bool enable)
+{
+    std::lock_guard<std::mutex> hold(record->lock);
+    record->playTail = enable;
 }

@@ -62,6 +62,10 @@ public:
     MKConsumer* GetConsumer() const;
     // Whether streams that are opened from now on may convert on a graphics device; true at first.
     void SetHardwareConversion(bool enable);
+    // Whether the last frame of a sound stream, which its samples do not fill, is filled up with silence, in streams
+    // that are opened from now on. False, as at first: it is dropped, which may be 85 ms, or the whole of a shorter
+    // sound.
+    void SetPlayTail(bool enable);
 
 protected:
     // True, with a line in the log, on a thread that this transform would wait for.

@@ -22,8 +22,9 @@ bool IsPlayingPaused(const MKMediaPlayer& player)
     return player.GetState() == MKTransformPaused;
 }
 
-wxString PlayAudioFile(MKMediaPlayer& player, const wxString& path)
+wxString PlayAudioFile(MKMediaPlayer& player, const wxString& path, bool playTail)
 {
+    player.SetPlayTail(playTail);
     MKFileProvider* const provider = new MKFileProvider(std::string());
     provider->SetFileName(std::string(path.utf8_str()));
     player.SetProvider(provider);

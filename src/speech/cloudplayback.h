@@ -18,7 +18,7 @@ bool IsPlayingPaused(const MKMediaPlayer& player);
 
 // Ends what the player plays and starts the file, of any format; returns when playing has begun. "", or the translated
 // reason why it has not. Nothing is thrown.
-wxString PlayAudioFile(MKMediaPlayer& player, const wxString& path);
+wxString PlayAudioFile(MKMediaPlayer& player, const wxString& path, bool playTail);
 
 // Why a file that PlayAudioFile has begun ended before its time, none if it has not. Any thread.
 wxTTSFailure PlayingFailure(const MKMediaPlayer& player);

@@ -357,7 +357,7 @@ void wxTTSAWSHandler::TakeVoices(const wxString& body, std::vector<QXTTSVoiceInf
 
 bool wxTTSAWSHandler::PlayFile(const wxString& path)
 {
-    const wxString refused = qxspeech::PlayAudioFile(*m_player, path);
+    const wxString refused = qxspeech::PlayAudioFile(*m_player, path, GetPlayTail());
     if (!refused.empty()) {
         SetFailure(qxspeech::RefusedFailure(*m_player));
         return Fail(refused);

@@ -132,7 +132,7 @@ bool wxTTSGoogleHandler::PlayWavFile(const wxString&, bool, int, const wxString&
 {
     if (IsSpeaking() || IsPaused())
         Stop();
-    const wxString refused = qxspeech::PlayAudioFile(*m_record->player, m_record->files.current);
+    const wxString refused = qxspeech::PlayAudioFile(*m_record->player, m_record->files.current, GetPlayTail());
     if (!refused.empty()) {
         SetFailure(qxspeech::RefusedFailure(*m_record->player));
         return Fail(refused);

@@ -190,6 +190,11 @@ public:
     // error beside it stays what it is. Safe on the thread that drives the handler while playing threads report.
     wxTTSFailure GetLastFailure() const;
 
+    // Whether the last block of sound, which the audio does not fill, is played too: up to 85 ms, or all of a shorter
+    // sound. For engines that play files, at their next play; false at first.
+    void SetPlayTail(bool enable) { m_playTail = enable; }
+    bool GetPlayTail() const { return m_playTail; }
+
     // The name of the file to speak for the given one: itself if there is no transformer or no option, else a temporary
     // file, which stays until DeleteTempFile. Empty if the host has set no maker of temporary files.
     wxString DoTransformation(const wxString& filename, int options);
@@ -229,6 +234,7 @@ protected:
     wxTextToSpeech* m_textToSpeech = nullptr;
     wxTTSProperties m_properties;
     bool m_initialized = false;
+    bool m_playTail = false;
     wxString m_lastError;
 
 private:

@@ -194,6 +194,23 @@ TEST_F(Player, FileIsHeardToItsLastSyllable)
     EXPECT_NEAR(heard.Rms(stretches[1].from + 0.03, stretches[1].to - 0.03), ToneRms(0.5), 0.02 * ToneRms(0.5));
 }
 
+TEST_F(Player, SoundThatDoesNotFillABlockIsHeardWithItsTail)
+{
+    for (const bool tail : {false, true}) {
+        SinkRecording recording(*s_sink);
+        player.SetPlayTail(tail);
+        ASSERT_TRUE(OpenFile(player, Tones({{0.06, 0.5}})));
+        ASSERT_TRUE(player.Play());
+        ASSERT_TRUE(AwaitEnd(player));
+        EXPECT_TRUE(player.Stop());
+        const std::vector<Stretch> stretches = LoudStretches(recording.Stop(), 0.1);
+        ASSERT_EQ(stretches.size(), tail ? 1u : 0u);
+        if (tail) {
+            EXPECT_NEAR(stretches[0].to - stretches[0].from, 0.06, 0.02);
+        }
+    }
+}
+
 TEST_F(Player, OtherRatesChannelsAndCodecsComeOutAtTheSameLevelAndLength)
 {
     QX_REQUIRE_FFMPEG();
