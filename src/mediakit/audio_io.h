@@ -106,7 +106,7 @@ public:
     // Always false: a recording has no positions.
     bool Seek(int64_t timestamp) override;
     // Copies the next recorded frame into frame (not owned), its time stamp counted from StartStream. 1 a frame; 0 none
-    // within 100 ms, or in a pause; -1 the stream was stopped, closed or never started.
+    // within 100 ms, or in a pause; -1 the stream was stopped, closed or never started; -2 the device is gone.
     int Read(size_t index, MKFrame* frame) override;
 
     bool StartStream();

@@ -198,16 +198,43 @@ void MKPortAudio::CloseReading()
     readChange.wait(hold, [this] { return !isReading; });
 }
 
+// Without readLock, while isReading keeps the stream from being closed.
+bool MKPortAudio::HasVanished()
+{
+    PaStream* opened = nullptr;
+    {
+        const std::lock_guard<std::mutex> hold(stateLock);
+        if (!isRunning || hasFailed)
+            return hasFailed;
+        opened = stream;
+    }
+    if (Pa_IsStreamActive(opened) != 0)
+        return false;
+    {
+        const std::lock_guard<std::mutex> hold(stateLock);
+        hasFailed = true;
+    }
+    QX_LOG("The audio input stream has ended, its device is gone");
+    Refuse("The audio device is no longer available.");
+    return true;
+}
+
 int MKPortAudio::Read(MKFrame* frame)
 {
     std::unique_lock<std::mutex> hold(readLock);
     readChange.wait_for(hold, kReadPatience, [this] { return !isReadable || recordedCount > 0; });
     if (!isReadable)
         return -1;
-    if (recordedCount == 0)
-        return 0;
-    --recordedCount;
     isReading = true;
+    if (recordedCount == 0) {
+        hold.unlock();
+        const bool vanished = HasVanished();
+        hold.lock();
+        isReading = false;
+        readChange.notify_all();
+        return vanished ? kFailed : 0;
+    }
+    --recordedCount;
     hold.unlock();
     const bool copied = CopyFrame(*inputQueue->ReadSlot(), *frame, params);
     inputQueue->CommitRead();

@@ -74,8 +74,11 @@ int MKPortAudio::StartStream()
         startTime = StreamTime();
     }
     const PaError error = OnDevice([to = handle] { return Pa_StartStream(to->stream); });
-    if (error == paNoError)
+    if (error == paNoError) {
+        const std::lock_guard<std::mutex> hold(stateLock);
+        isRunning = true;
         return 0;
+    }
     QX_LOG("Could not start audio %s stream, Pa_StartStream failed", Direction());
     return Refuse(std::string("The audio device does not start: ") + Pa_GetErrorText(error) + ".");
 }
@@ -135,6 +138,10 @@ int MKPortAudio::StopStream()
 {
     inputQueue->Close();
     CloseReading();
+    {
+        const std::lock_guard<std::mutex> hold(stateLock);
+        isRunning = false;
+    }
     EndDevice();
     {
         const std::lock_guard<std::mutex> hold(callbackLock);

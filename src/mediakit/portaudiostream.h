@@ -68,8 +68,8 @@ public:
     bool IsStreamOpen();
     // Blocks until the device has taken the samples of frame (not owned), which are in the opened format.
     int Write(MKFrame* frame);
-    // Copies the next recorded frame into frame (not owned). 0: none came within 100 ms; -1: not started; -12: no
-    // memory.
+    // Copies the next recorded frame into frame (not owned). 0: none came within 100 ms; -1: not started; -2: the
+    // device gives no more; -12: no memory.
     int Read(MKFrame* frame);
 
     // Microseconds: what has been written, less the latency, and smooth while a write is under way. Below 0 at the
@@ -147,6 +147,7 @@ private:
     void UpdateLevel(const AVFrame& frame);
     void OpenReading();
     void CloseReading();
+    bool HasVanished();
 
     // set before the stream opens
     std::string deviceName; // empty: the default device
@@ -172,7 +173,8 @@ private:
     std::chrono::steady_clock::time_point writeStartedAt;
     int64_t writeCount = 0;  // samples per channel in that write
     bool hasWritten = false; // since the start
-    bool hasFailed = false;  // a write has, since the start
+    bool isRunning = false;  // the device was started and not yet stopped
+    bool hasFailed = false;  // a write has, or the input has ended, since the start
     bool isLost = false;     // the device's thread was left behind with the stream, which only it may use from then on
     std::chrono::steady_clock::time_point lastWriteEnd;
 

@@ -5,6 +5,8 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
+#include <future>
 #include <memory>
 
 extern "C" {
@@ -17,6 +19,7 @@ extern "C" {
 
 #include "mediakit/audio_io.h"
 #include "mediakit/devicemanagerimpl.h"
+#include "platform/posix/devicenotices.h"
 
 TEST(ServerGone, WritingFailsAndEverythingStillCloses)
 {
@@ -47,6 +50,26 @@ TEST(ServerGone, WritingFailsAndEverythingStillCloses)
     EXPECT_TRUE(display.StopStream());
     EXPECT_TRUE(display.Close());
     Pa_Terminate();
+}
+
+TEST(ServerGone, NoticesComeBackWithANewServer)
+{
+    PulseSink sink;
+    if (!sink.Ok() && !std::getenv("QXSPEECH_NO_SKIP"))
+        GTEST_SKIP() << sink.Why();
+    ASSERT_TRUE(sink.Ok()) << sink.Why();
+    std::promise<std::string> added;
+    qxplatform::DeviceNotices notices([&](const qxplatform::DeviceNotice& notice) {
+        if (notice.kind == qxplatform::DeviceNotice::Added)
+            added.set_value(notice.id);
+    });
+    ASSERT_TRUE(notices.Start());
+    sink.Kill();
+    std::ofstream(sink.FileInDir("pulse.pa"), std::ios::app) << "load-module module-null-sink sink_name=second\n";
+    ASSERT_TRUE(sink.Restart());
+    std::future<std::string> id = added.get_future();
+    ASSERT_EQ(id.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    EXPECT_EQ(id.get(), "PulseAudio:second") << "the first one is no news";
 }
 
 TEST(NoServer, NoticesStayOffAndTheManagerWorks)

@@ -319,6 +319,11 @@ PaError Pa_IsStreamStopped(PaStream* stream)
     return PortAudioDouble::Get().IsStopped(stream);
 }
 
+PaError Pa_IsStreamActive(PaStream* stream)
+{
+    return PortAudioDouble::Get().vanished ? 0 : 1 - PortAudioDouble::Get().IsStopped(stream);
+}
+
 const PaStreamInfo* Pa_GetStreamInfo(PaStream* stream)
 {
     return PortAudioDouble::Get().StreamInfo(stream);

@@ -80,13 +80,18 @@ PulseSink::PulseSink()
         setenv(variable, run.c_str(), 1);
     setenv("PULSE_STATE_PATH", (m_dir / "state").c_str(), 1);
     setenv("PULSE_CLIENTCONFIG", (m_dir / "client.conf").c_str(), 1);
+    if (!Restart())
+        m_why = "the sound server does not start";
+    setenv("ALSA_CONFIG_PATH", (m_dir / "asound.conf").c_str(), 1);
+}
+
+bool PulseSink::Restart()
+{
     m_server =
         Start({"pulseaudio", "-n", "-F", m_dir / "pulse.pa", "--daemonize=no", "--exit-idle-time=-1",
                "--use-pid-file=no", "--disable-shm=yes", "--high-priority=no", "--realtime=no", "--log-level=error"},
               "/dev/null");
-    if (!AwaitServer())
-        m_why = "the sound server does not start";
-    setenv("ALSA_CONFIG_PATH", (m_dir / "asound.conf").c_str(), 1);
+    return AwaitServer();
 }
 
 PulseSink::~PulseSink()

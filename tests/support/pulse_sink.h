@@ -24,8 +24,10 @@ public:
     // The server stops answering and goes on again; it is resumed by the destructor as well.
     void Freeze();
     void Thaw();
-    // The server dies at once, for good.
+    // The server dies at once.
     void Kill();
+    // A new server in the place of the one that died; false if it does not start.
+    bool Restart();
 
     std::string Socket() const { return "unix:" + (m_dir / "native"); }
     std::string FileInDir(const std::string& name) const { return m_dir / name; }

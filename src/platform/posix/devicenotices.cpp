@@ -3,6 +3,7 @@
 
 #include <map>
 #include <pulse/pulseaudio.h>
+#include <set>
 #include <utility>
 
 #include "platform/posix/deviceids.h"
@@ -13,6 +14,7 @@ namespace
 {
 
 constexpr pa_usec_t kPatienceUs = 2000000;
+constexpr pa_usec_t kRetryUs = 2000000; // after the server has gone
 
 std::string Property(const pa_proplist* properties, const char* key)
 {
@@ -32,7 +34,8 @@ std::string IdOf(const char* name, const pa_proplist* properties)
 
 // All callbacks of libpulse run on its thread, which holds the main loop's lock then; what is below the loop is guarded
 // by that lock. The order of events at the start: connected, subscribed, then the three questions of Learn. What
-// comes meanwhile is asked for as well, and with the last of all answers what comes is news.
+// comes meanwhile is asked for as well, and with the last of all answers what comes is news. When the server goes, a
+// new connection is tried until there is one; it learns anew, and what is different then is news, too.
 class DeviceNotices::Connection
 {
 public:
@@ -48,20 +51,28 @@ private:
         bool isInput;
         std::map<uint32_t, std::string> ids; // by the server's index
         std::string defaultName;
+        std::string toldDefaultName;   // what whoever listens knows
+        std::set<std::string> lostIds; // what there was when the server went
+
+        std::set<std::string> Ids() const;
     };
 
     bool Connect();
     bool Await();
     void Learn();
+    void Lose();
+    void TellDifference(Side& side);
     void Count(pa_operation* operation);
     void Answered();
     void Query(Side& side, uint32_t index);
     void Known(Side& side, uint32_t index, std::string id);
     void Gone(Side& side, uint32_t index);
     void SetDefault(Side& side, const char* name);
+    void TellDefault(Side& side);
 
     static void OnState(pa_context* context, void* self);
     static void OnTooLate(pa_mainloop_api*, pa_time_event*, const timeval*, void* self);
+    static void OnRetry(pa_mainloop_api* api, pa_time_event* event, const timeval*, void* self);
     static void OnEvent(pa_context*, pa_subscription_event_type_t event, uint32_t index, void* self);
     static void OnServer(pa_context*, const pa_server_info* info, void* self);
     static void OnSink(pa_context*, const pa_sink_info* info, int end, void* side);
@@ -73,11 +84,13 @@ private:
     pa_threaded_mainloop* m_loop = nullptr;
     pa_context* m_context = nullptr;
     pa_time_event* m_limit = nullptr;
-    Side m_outputs = {this, false, {}, {}};
-    Side m_inputs = {this, true, {}, {}};
+    pa_time_event* m_retry = nullptr;
+    Side m_outputs = {this, false, {}, {}, {}, {}};
+    Side m_inputs = {this, true, {}, {}, {}, {}};
     int m_unanswered = 0; // of the questions at the start
     bool m_tooLate = false;
     bool m_isLearned = false; // what comes from now on is told
+    bool m_isAgain = false;   // a server has gone before
 };
 
 DeviceNotices::Connection::~Connection()
@@ -86,6 +99,8 @@ DeviceNotices::Connection::~Connection()
         return;
     if (m_context) {
         pa_threaded_mainloop_lock(m_loop);
+        if (m_retry)
+            pa_threaded_mainloop_get_api(m_loop)->time_free(m_retry);
         pa_context_set_state_callback(m_context, nullptr, nullptr);
         pa_context_set_subscribe_callback(m_context, nullptr, nullptr);
         pa_context_disconnect(m_context); // cancels what is not answered
@@ -117,7 +132,8 @@ bool DeviceNotices::Connection::Connect()
         return false;
     pa_context_set_state_callback(m_context, OnState, this);
     pa_context_set_subscribe_callback(m_context, OnEvent, this);
-    m_limit = pa_context_rttime_new(m_context, pa_rtclock_now() + kPatienceUs, OnTooLate, this);
+    if (!m_isAgain)
+        m_limit = pa_context_rttime_new(m_context, pa_rtclock_now() + kPatienceUs, OnTooLate, this);
     return pa_context_connect(m_context, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) >= 0;
 }
 
@@ -131,9 +147,44 @@ bool DeviceNotices::Connection::Await()
 void DeviceNotices::Connection::OnState(pa_context* context, void* self)
 {
     Connection* const connection = static_cast<Connection*>(self);
-    if (pa_context_get_state(context) == PA_CONTEXT_READY)
+    const pa_context_state_t state = pa_context_get_state(context);
+    if (state == PA_CONTEXT_READY)
         connection->Learn();
+    else if (!PA_CONTEXT_IS_GOOD(state) && (connection->m_isLearned || connection->m_isAgain))
+        connection->Lose();
     pa_threaded_mainloop_signal(connection->m_loop, 0);
+}
+
+// The server has gone, or is not there yet again.
+void DeviceNotices::Connection::Lose()
+{
+    if (m_isLearned) {
+        m_outputs.lostIds = m_outputs.Ids();
+        m_inputs.lostIds = m_inputs.Ids();
+    }
+    m_isLearned = false;
+    m_isAgain = true;
+    if (!m_retry)
+        m_retry = pa_context_rttime_new(m_context, pa_rtclock_now() + kRetryUs, OnRetry, this);
+}
+
+void DeviceNotices::Connection::OnRetry(pa_mainloop_api* api, pa_time_event* event, const timeval*, void* self)
+{
+    Connection* const connection = static_cast<Connection*>(self);
+    api->time_free(event);
+    connection->m_retry = nullptr;
+    pa_context* const failed = connection->m_context;
+    if (!connection->Connect() && !connection->m_retry) {
+        if (connection->m_context && connection->m_context != failed)
+            pa_context_unref(connection->m_context);
+        connection->m_context = failed;
+        connection->Lose();
+        return;
+    }
+    pa_context_set_state_callback(failed, nullptr, nullptr);
+    pa_context_set_subscribe_callback(failed, nullptr, nullptr);
+    pa_context_disconnect(failed);
+    pa_context_unref(failed);
 }
 
 void DeviceNotices::Connection::OnTooLate(pa_mainloop_api*, pa_time_event*, const timeval*, void* self)
@@ -143,8 +194,19 @@ void DeviceNotices::Connection::OnTooLate(pa_mainloop_api*, pa_time_event*, cons
     pa_threaded_mainloop_signal(connection->m_loop, 0);
 }
 
+std::set<std::string> DeviceNotices::Connection::Side::Ids() const
+{
+    std::set<std::string> all;
+    for (const auto& item : ids)
+        all.insert(item.second);
+    return all;
+}
+
 void DeviceNotices::Connection::Learn()
 {
+    m_unanswered = 0;
+    m_outputs.ids.clear();
+    m_inputs.ids.clear();
     const int events = PA_SUBSCRIPTION_MASK_SINK | PA_SUBSCRIPTION_MASK_SOURCE | PA_SUBSCRIPTION_MASK_SERVER;
     if (pa_operation* const operation =
             pa_context_subscribe(m_context, static_cast<pa_subscription_mask_t>(events), nullptr, nullptr))
@@ -168,6 +230,11 @@ void DeviceNotices::Connection::Answered()
     if (m_isLearned || --m_unanswered > 0)
         return;
     m_isLearned = true;
+    for (Side* side : {&m_outputs, &m_inputs}) {
+        if (m_isAgain)
+            TellDifference(*side);
+        side->toldDefaultName = side->defaultName;
+    }
     pa_threaded_mainloop_signal(m_loop, 0);
 }
 
@@ -240,18 +307,37 @@ void DeviceNotices::Connection::OnServer(pa_context*, const pa_server_info* info
     connection->Answered();
 }
 
+void DeviceNotices::Connection::TellDifference(Side& side)
+{
+    const std::set<std::string> present = side.Ids();
+    for (const std::string& id : side.lostIds) {
+        if (present.count(id) == 0)
+            m_tell({DeviceNotice::Removed, side.isInput, id});
+    }
+    for (const std::string& id : present) {
+        if (side.lostIds.count(id) == 0)
+            m_tell({DeviceNotice::Added, side.isInput, id});
+    }
+    TellDefault(side);
+}
+
 void DeviceNotices::Connection::SetDefault(Side& side, const char* name)
 {
-    const std::string present = name ? name : "";
-    if (present == side.defaultName)
+    side.defaultName = name ? name : "";
+    if (m_isLearned)
+        TellDefault(side);
+}
+
+void DeviceNotices::Connection::TellDefault(Side& side)
+{
+    if (side.defaultName == side.toldDefaultName)
         return;
-    side.defaultName = present;
-    if (!m_isLearned)
-        return;
-    if (present.empty()) {
+    side.toldDefaultName = side.defaultName;
+    if (side.defaultName.empty()) {
         m_tell({DeviceNotice::DefaultChanged, side.isInput, std::string()});
         return;
     }
+    const char* const name = side.defaultName.c_str();
     pa_operation* const operation = side.isInput
                                         ? pa_context_get_source_info_by_name(m_context, name, OnDefaultSource, &side)
                                         : pa_context_get_sink_info_by_name(m_context, name, OnDefaultSink, &side);

@@ -316,6 +316,18 @@ TEST_F(AudioInput, ReadNeedsAStartedStreamAndAFrame)
     EXPECT_THAT(Texts(), ElementsAre("Could not read stream, invalid index", "Could not read stream, frame is null"));
 }
 
+TEST_F(AudioInput, VanishedDeviceEndsReadingOnceItsFramesAreRead)
+{
+    OpenAndStart();
+    Feed({1}, 0);
+    m_audio.vanished = true;
+    m_log.records.clear();
+    EXPECT_EQ(m_capture.Read(0, &m_frame), 1);
+    EXPECT_EQ(m_capture.Read(0, &m_frame), -2);
+    EXPECT_EQ(m_capture.Read(0, &m_frame), -2);
+    EXPECT_THAT(Texts(), ElementsAre("The audio input stream has ended, its device is gone"));
+}
+
 TEST_F(AudioInput, CloseEndsAReadersWait)
 {
     OpenAndStart();
