@@ -109,6 +109,13 @@ SwsContext* MakeScaler(const AVFrame* src, const AVFrame* dst)
     return sws;
 }
 
+bool IsRgb(const AVFrame* frame)
+{
+    const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame->format));
+    return format && (format->flags & AV_PIX_FMT_FLAG_RGB);
+}
+
+// From RGB to RGB the scaler still goes by way of luma and chroma: there and back with the same matrix.
 void SetColorDetails(SwsContext* sws, const AVFrame* src, const AVFrame* dst)
 {
     int* table = nullptr;
@@ -117,9 +124,10 @@ void SetColorDetails(SwsContext* sws, const AVFrame* src, const AVFrame* dst)
     int contrast = 0;
     int saturation = 0;
     sws_getColorspaceDetails(sws, &table, &range, &table, &range, &brightness, &contrast, &saturation);
-    sws_setColorspaceDetails(sws, sws_getCoefficients(GetSWS_CS(mkColorProperties(*src).primaries)), IsFullRange(src),
-                             sws_getCoefficients(GetSWS_CS(mkColorProperties(*dst).primaries)), IsFullRange(dst),
-                             brightness, contrast, saturation);
+    const int* const to = sws_getCoefficients(GetSWS_CS(mkColorProperties(*dst).primaries));
+    const int* const from =
+        IsRgb(src) && IsRgb(dst) ? to : sws_getCoefficients(GetSWS_CS(mkColorProperties(*src).primaries));
+    sws_setColorspaceDetails(sws, from, IsFullRange(src), to, IsFullRange(dst), brightness, contrast, saturation);
 }
 
 } // namespace

@@ -338,6 +338,23 @@ TEST(FrameConverterPicture, ScalingKeepsWhatIsWhere)
     EXPECT_NEAR(ComponentAt(out, 0, 4, kHeight + 4), 0, 4);
 }
 
+// The scaler goes by way of luma and chroma, with the matrix of either end's primaries.
+TEST(FrameConverterPicture, ScalingRgbToRgbKeepsTheColors)
+{
+    for (const AVColorPrimaries primaries : {AVCOL_PRI_UNSPECIFIED, AVCOL_PRI_BT709, AVCOL_PRI_BT2020}) {
+        SCOPED_TRACE(primaries);
+        MKFrame src;
+        MKFrame dst;
+        PrepareRaw(src, AV_PIX_FMT_RGB24);
+        src.GetAVFrame()->color_primaries = primaries;
+        Prepare(dst, MKPixelBgra, MKColorSpaceRgbFull709, 2 * kWidth, 2 * kHeight);
+        FillPlain(src.GetAVFrame(), {128, 64, 192});
+        MKFrameConverter converter;
+        ASSERT_GE(converter.Convert(&src, &dst), 0);
+        ExpectPlain(dst.GetAVFrame(), {128, 64, 192}, 6); // the scaler is 5 off in its last column
+    }
+}
+
 TEST(FrameConverterPicture, TimeAndKindOfThePictureComeAlongTheColorsDoNot)
 {
     MKFrame src;
