@@ -2,6 +2,7 @@
 #include <portaudio.h>
 #include <wx/app.h>
 #include <wx/init.h>
+#include <wx/log.h>
 #include <wx/utils.h>
 
 #include "speech/tts.h"
@@ -10,7 +11,8 @@
 int main()
 {
     wxInitializer wx;
-    Pa_Initialize(); // the local voice plays through the host's PortAudio
+    wxLog::SetComponentLevel("qxspeech", wxLOG_Warning); // a host with a window would show each line in a box
+    Pa_Initialize();                                     // the local voice plays through the host's PortAudio
     wxTextToSpeech& speech = QXSingleton<QXTextToSpeech>::Get()->GetEngine();
     const bool started = speech.Speak("Hello, world.", wxTTS_SPEAK_ASYNC, wxString());
     while (speech.IsSpeaking()) {

@@ -15,6 +15,7 @@ public:
         wxString text;
         std::string function;
         std::string component;
+        std::string file;
     };
 
     LogCapture() : m_old(wxLog::SetActiveTarget(this)) {}
@@ -27,7 +28,8 @@ public:
 protected:
     void DoLogRecord(wxLogLevel level, const wxString& text, const wxLogRecordInfo& info) override
     {
-        records.push_back({level, text, info.func ? info.func : "", info.component ? info.component : ""});
+        records.push_back({level, text, info.func ? info.func : "", info.component ? info.component : "",
+                           info.filename ? info.filename : ""});
     }
 
 private:

@@ -3,55 +3,40 @@
 
 #include <gtest/gtest.h>
 
-namespace
-{
-
-struct Named {
-    explicit Named(int) { name = qxQualifiedFunctionName(__PRETTY_FUNCTION__); }
-    const char* const* Find(const char*) const
-    {
-        name = qxQualifiedFunctionName(__PRETTY_FUNCTION__);
-        return nullptr;
-    }
-    mutable std::string name;
-};
-
-struct Capture : wxLog {
-    void DoLogRecord(wxLogLevel level, const wxString& message, const wxLogRecordInfo& info) override
-    {
-        text = message;
-        function = info.func;
-        seenLevel = level;
-    }
-    wxString text;
-    std::string function;
-    wxLogLevel seenLevel = 0;
-};
-
-} // namespace
+#include "speech/ttsvoiceinfo.h"
+#include "support/log_capture.h"
 
 TEST(Logging, FunctionNameIsClassQualified)
 {
-    Named named(1);
-    EXPECT_EQ(named.name, "Named::Named");
-    named.Find("");
-    EXPECT_EQ(named.name, "Named::Find");
+    for (const char* signature :
+         {"virtual const char* const* {anonymous}::Named::Find(const char*) const",
+          "virtual const char *const *(anonymous namespace)::Named::Find(const char *) const",
+          "const char *const *__cdecl `anonymous-namespace'::Named::Find(const char *) const", "Named::Find()"})
+        EXPECT_EQ(qxQualifiedFunctionName(signature), "Named::Find") << signature;
 }
 
 TEST(Logging, RecordHoldsTextLevelAndFunctionAndRespectsTheLevel)
 {
-    Capture capture;
-    wxLog* const old = wxLog::SetActiveTarget(&capture);
+    LogCapture log;
     QX_LOG("%s of %d", wxString::FromUTF8("caf\xc3\xa9"), 3);
-    EXPECT_EQ(capture.text, wxString::FromUTF8("caf\xc3\xa9 of 3"));
-    EXPECT_EQ(capture.seenLevel, static_cast<wxLogLevel>(wxLOG_Message));
-    EXPECT_NE(capture.function.find("TestBody"), std::string::npos);
-
-    capture.text.clear();
     const wxLogLevel level = wxLog::GetLogLevel();
     wxLog::SetLogLevel(wxLOG_Warning);
     QX_LOG("not seen");
     wxLog::SetLogLevel(level);
-    EXPECT_TRUE(capture.text.empty());
-    wxLog::SetActiveTarget(old);
+    ASSERT_EQ(log.records.size(), 1u);
+    EXPECT_EQ(log.records[0].text, wxString::FromUTF8("caf\xc3\xa9 of 3"));
+    EXPECT_EQ(log.records[0].level, static_cast<wxLogLevel>(wxLOG_Message));
+    EXPECT_NE(log.records[0].function.find("TestBody"), std::string::npos);
+}
+
+TEST(Logging, TheLibrarysRecordsAreSilencedByTheirComponentAndNameNoBuildersPath)
+{
+    LogCapture log;
+    EXPECT_TRUE(QXTTSVoiceInfo::ParseListFromString("").empty());
+    wxLog::SetComponentLevel("qxspeech", wxLOG_Warning);
+    EXPECT_TRUE(QXTTSVoiceInfo::ParseListFromString("").empty());
+    wxLog::SetComponentLevel("qxspeech", wxLOG_Max);
+    ASSERT_EQ(log.records.size(), 1u);
+    EXPECT_EQ(log.records[0].component, "qxspeech/speech");
+    EXPECT_EQ(log.records[0].file, "speech/ttsvoiceinfo.cpp");
 }
