@@ -12,4 +12,11 @@
 #define QXSPEECH_API __attribute__((visibility("default")))
 #endif
 
+// At the definition of a class that is nested in an exported one and reached by no host.
+#if defined(_WIN32)
+#define QXSPEECH_HIDDEN
+#else
+#define QXSPEECH_HIDDEN __attribute__((visibility("hidden")))
+#endif
+
 #endif

@@ -107,7 +107,7 @@ MKColorSpace MKColorSpaceFromFrame(const AVFrame* frame)
     return mkColorSpaceFromProperties(IsRgb(*format), mkColorProperties(*frame));
 }
 
-struct MKFrame::Record {
+struct QXSPEECH_HIDDEN MKFrame::Record {
     AVFrame* frame;
     int32_t frameSize;
 };

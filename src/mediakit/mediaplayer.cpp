@@ -7,7 +7,7 @@
 #include "mediakit/videodisplay.h"
 
 // The caller's thread only, but for failures.
-struct MKMediaPlayer::Record {
+struct QXSPEECH_HIDDEN MKMediaPlayer::Record {
     std::unique_ptr<MKProvider> provider; // until OpenMedia hands it over
     MKVideoSurface* surface = nullptr;    // not owned
     std::string audioDevice;

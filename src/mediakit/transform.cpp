@@ -11,7 +11,7 @@
 #include "mediakit/streamtransform.h"
 
 // lock is the outermost lock of the kit's graphs; the pumps' threads never take it.
-struct MKTransform::Record {
+struct QXSPEECH_HIDDEN MKTransform::Record {
     std::mutex lock;
     // changed under lock; the pumps' threads read it without
     std::atomic<MKTransformState> state{MKTransformClosed};

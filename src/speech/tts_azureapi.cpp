@@ -58,7 +58,7 @@ QXTTSVoiceInfo ReadAzureVoice(const wxJSONValue& element)
 
 } // namespace
 
-struct wxTTSAzureHandler::Record {
+struct QXSPEECH_HIDDEN wxTTSAzureHandler::Record {
     Record() = default;
     Record(const Record&) = delete;
     Record& operator=(const Record&) = delete;

@@ -62,7 +62,7 @@ QXTTSVoiceInfo ReadGoogleVoice(const wxJSONValue& element)
 
 } // namespace
 
-struct wxTTSGoogleHandler::Record {
+struct QXSPEECH_HIDDEN wxTTSGoogleHandler::Record {
     Record() = default;
     Record(const Record&) = delete;
     Record& operator=(const Record&) = delete;

@@ -27,7 +27,7 @@ int TruncateToInt(double value)
 
 } // namespace
 
-struct wxTTSHandler::FailureRecord {
+struct QXSPEECH_HIDDEN wxTTSHandler::FailureRecord {
     std::mutex lock;
     wxTTSFailure failure;                 // guarded by lock
     std::function<wxTTSFailure()> source; // guarded by lock; called without it

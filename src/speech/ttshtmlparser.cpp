@@ -15,7 +15,7 @@
 
 wxIMPLEMENT_CLASS(wxTTSSimpleHtmlParser, wxObject);
 
-struct wxTTSSimpleHtmlParser::Run {
+struct QXSPEECH_HIDDEN wxTTSSimpleHtmlParser::Run {
     bool found;
     size_t begin;
     size_t end;  // behind the last character that is read

@@ -5,9 +5,13 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <typeinfo>
 
+#include "core/qxtempfile.h"
 #include "speech/tts.h"
 #include "support/recording_handler.h"
+
+extern int hostsClassCalls; // how often the class of samename_host.cpp was used
 
 namespace
 {
@@ -137,6 +141,14 @@ TEST(Export, ValuesCrossTheBoundary)
     EXPECT_TRUE(settings.ApplySettings());
     EXPECT_EQ(front.GetSpeed(wxTTS_QUANTITY_NATIVE), 4);
     EXPECT_FALSE(QXTTSSettings().ApplySettings());
+}
+
+TEST(Export, HostsClassOfTheSameNameIsNotTheLibrarys)
+{
+    EXPECT_EQ(QXTTSVoiceInfo::ParseListFromString("[{\"id\":\"one\"},{\"id\":\"two\"}]").size(), 2u);
+    const bool untouched = hostsClassCalls == 0;
+    EXPECT_TRUE(untouched) << "the library called the host's functions";
+    EXPECT_EQ(typeid(QXTempFileMan).name(), std::string("13QXTempFileMan"));
 }
 
 // The instance is left for the exit handler on purpose: a clean exit is part of what is tried here.
