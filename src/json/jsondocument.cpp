@@ -30,7 +30,7 @@ const unsigned kParseFlags =
 } // namespace
 
 // Each event answers false to stop the parse: no container is open, or an object has no key for the value.
-class wxJSONDocument::Handler
+class QXSPEECH_HIDDEN wxJSONDocument::Handler
 {
 public:
     typedef wchar_t Ch;
@@ -92,11 +92,11 @@ wxJSONValue* wxJSONDocument::Handler::Add(wxJSONType type)
         return &top.m_valArray.emplace_back(type);
     if (m_document.m_key.empty())
         return nullptr;
-    const auto [member, isNew] = top.m_valMap.try_emplace(m_document.m_key, type);
+    const auto [member, isNew] = top.AddMember(m_document.m_key, type);
     if (!isNew)
-        member->second = wxJSONValue(type);
+        *member = wxJSONValue(type);
     m_document.m_key.clear();
-    return &member->second;
+    return member;
 }
 
 bool wxJSONDocument::Handler::Start(wxJSONType type)

@@ -72,12 +72,51 @@ wxString InBrackets(const wxChar* open, size_t count, const wxChar* close)
     return open + Digits(count) + close;
 }
 
-bool HasChildren(const wxJSONRefData& body)
+bool HoldsNul(const wxString& key)
 {
-    return !body.m_valArray.empty() || !body.m_valMap.empty();
+    return key.find(wxUniChar(0)) != wxString::npos;
 }
 
 } // namespace
+
+size_t wxJSONRefData::HashOf(const wxString& key) noexcept
+{
+    size_t hash = 0;
+    for (const wxUniChar ch : key)
+        hash = hash * 0x9E3779B1U + ch.GetValue() + 1;
+    return hash ^ hash >> 15;
+}
+
+wxJSONValue* wxJSONRefData::FindMember(const wxString& key)
+{
+    if (m_oddMembers && HoldsNul(key)) {
+        const auto odd = m_oddMembers->find(key);
+        if (odd != m_oddMembers->end())
+            return &odd->second;
+    }
+    const auto found = m_valMap.find(key);
+    return found == m_valMap.end() ? nullptr : &found->second;
+}
+
+std::pair<wxJSONValue*, bool> wxJSONRefData::AddMember(const wxString& key, wxJSONType typeIfNew)
+{
+    if (!HoldsNul(key)) {
+        const auto [member, isNew] = m_valMap.try_emplace(key, typeIfNew);
+        return {&member->second, isNew};
+    }
+    wxJSONValue* const known = FindMember(key);
+    if (known != nullptr)
+        return {known, false};
+    if (!m_oddMembers)
+        m_oddMembers = std::make_unique<OddMembers>();
+    return {&m_oddMembers->try_emplace(key, typeIfNew).first->second, true};
+}
+
+void wxJSONRefData::ClearMembers()
+{
+    m_valMap.clear();
+    m_oddMembers.reset();
+}
 
 wxJSONRefData::wxJSONRefData() : m_refCount(1), m_type(wxJSONTYPE_INVALID), m_value{} {}
 
@@ -114,7 +153,7 @@ wxJSONRefData* wxJSONValue::ReleaseChild(wxJSONValue& child) noexcept
     child.m_refData = nullptr;
     if (body == nullptr || --body->m_refCount > 0)
         return nullptr;
-    if (HasChildren(*body))
+    if (!body->m_valArray.empty() || body->MemberCount() > 0)
         return body;
     delete body;
     return nullptr;
@@ -141,13 +180,18 @@ void wxJSONValue::Release(wxJSONRefData* body) noexcept
             continue;
         }
         dying = current->m_value.m_nextDying;
-        for (wxJSONMap::value_type& member : current->m_valMap) {
-            child = ReleaseChild(member.second);
-            if (child != nullptr) {
-                child->m_value.m_nextDying = dying;
-                dying = child;
+        const auto release = [&](auto& members) {
+            for (auto& member : members) {
+                child = ReleaseChild(member.second);
+                if (child != nullptr) {
+                    child->m_value.m_nextDying = dying;
+                    dying = child;
+                }
             }
-        }
+        };
+        release(current->m_valMap);
+        if (current->m_oddMembers)
+            release(*current->m_oddMembers);
         delete current;
     }
 }
@@ -165,6 +209,8 @@ wxJSONRefData* wxJSONValue::CloneRefData(const wxJSONRefData* other) const
     body->m_valString = other->m_valString;
     body->m_valArray = other->m_valArray;
     body->m_valMap = other->m_valMap;
+    if (other->m_oddMembers)
+        body->m_oddMembers = std::make_unique<wxJSONRefData::OddMembers>(*other->m_oddMembers);
     return body;
 }
 
@@ -246,8 +292,7 @@ wxJSONValue& wxJSONValue::operator=(bool value)
 
 wxJSONValue& wxJSONValue::operator[](const wxString& key)
 {
-    wxJSONRefData* const body = SetType(wxJSONTYPE_OBJECT);
-    return body->m_valMap[key];
+    return *SetType(wxJSONTYPE_OBJECT)->AddMember(key, wxJSONTYPE_NULL).first;
 }
 
 wxJSONValue& wxJSONValue::operator[](unsigned index)
@@ -325,14 +370,19 @@ wxJSONValue& wxJSONValue::Append(bool value)
 
 bool wxJSONValue::HasMember(const wxString& key) const
 {
-    return IsObject() && m_refData->m_valMap.find(key) != m_refData->m_valMap.end();
+    return FindMember(key) != nullptr;
+}
+
+const wxJSONValue* wxJSONValue::FindMember(const wxString& key) const
+{
+    return IsObject() ? m_refData->FindMember(key) : nullptr;
 }
 
 int wxJSONValue::Size() const
 {
     if (IsArray())
         return static_cast<int>(m_refData->m_valArray.size());
-    return IsObject() ? static_cast<int>(m_refData->m_valMap.size()) : -1;
+    return IsObject() ? static_cast<int>(m_refData->MemberCount()) : -1;
 }
 
 wxJSONType wxJSONValue::GetType() const
@@ -400,7 +450,7 @@ wxString wxJSONValue::AsString() const
     case wxJSONTYPE_ARRAY:
         return InBrackets(wxT("["), body.m_valArray.size(), wxT("]"));
     case wxJSONTYPE_OBJECT:
-        return InBrackets(wxT("{"), body.m_valMap.size(), wxT("}"));
+        return InBrackets(wxT("{"), body.MemberCount(), wxT("}"));
     default:
         return wxString(wxT("wxJSONValue::AsString(): Unknown JSON type '")) + kTypeNames[body.m_type] + wxT("'");
     }
@@ -408,7 +458,13 @@ wxString wxJSONValue::AsString() const
 
 const wxJSONMap* wxJSONValue::AsMap() const
 {
-    return IsObject() ? &m_refData->m_valMap : nullptr;
+    if (!IsObject())
+        return nullptr;
+    if (m_refData->m_oddMembers) {
+        m_refData->m_valMap.merge(*m_refData->m_oddMembers);
+        m_refData->m_oddMembers.reset();
+    }
+    return &m_refData->m_valMap;
 }
 
 wxJSONRefData* wxJSONValue::SetType(wxJSONType type)
@@ -424,7 +480,7 @@ wxJSONRefData* wxJSONValue::SetType(wxJSONType type)
     else if (old == wxJSONTYPE_ARRAY)
         body->m_valArray.clear();
     else if (old == wxJSONTYPE_OBJECT)
-        body->m_valMap.clear();
+        body->ClearMembers();
     return body;
 }
 

@@ -3,7 +3,9 @@
 #define QXSPEECH_JSON_JSONVALUE_H
 
 #include <cstdint>
+#include <memory>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <wx/hashmap.h>
@@ -86,6 +88,8 @@ public:
     wxJSONValue& Append(bool value);
 
     bool HasMember(const wxString& key) const;
+    // Null if this is no object or has no such member. Owned by the value; lives until it is next changed or deleted.
+    const wxJSONValue* FindMember(const wxString& key) const;
     int Size() const; // of an array or object, otherwise -1
 
     // INT and UINT are reported as the narrowest type that holds the number.
@@ -101,7 +105,8 @@ public:
     int AsInt() const;
     // Text for any type: the string itself, digits, "true", "null", "[3]" for an array of three.
     wxString AsString() const;
-    // Null if this is no object. Owned by the value; lives until it is next changed or deleted.
+    // Null if this is no object. Owned by the value; lives until it is next changed or deleted. Costs time by the
+    // square of the number of keys that hold a NUL, since the map's hash ends there; no other call does.
     const wxJSONMap* AsMap() const;
 
     // Empties what the old type held, except a number. The body returned is owned by the value.
@@ -147,7 +152,27 @@ public:
     } m_value;
     wxString m_valString;
     std::vector<wxJSONValue> m_valArray;
-    wxJSONMap m_valMap;
+    wxJSONMap m_valMap; // AsMap sees to it that all members are here
+
+private:
+    friend class wxJSONDocument;
+    friend class wxJSONValue;
+    friend class wxJSONWriter;
+
+    // Over all characters: wxStringHash ends at a NUL, so that a text full of such keys would take hours to read.
+    struct WholeHash {
+        size_t operator()(const wxString& key) const noexcept { return HashOf(key); }
+    };
+    typedef std::unordered_map<wxString, wxJSONValue, WholeHash, wxStringEqual> OddMembers;
+
+    static size_t HashOf(const wxString& key) noexcept;
+    wxJSONValue* FindMember(const wxString& key);
+    // The member of that key, and whether it is new.
+    std::pair<wxJSONValue*, bool> AddMember(const wxString& key, wxJSONType typeIfNew);
+    size_t MemberCount() const { return m_valMap.size() + (m_oddMembers ? m_oddMembers->size() : 0); }
+    void ClearMembers();
+
+    std::unique_ptr<OddMembers> m_oddMembers; // those whose key holds a NUL, until AsMap is asked; null for none
 };
 
 #endif

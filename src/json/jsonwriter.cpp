@@ -54,7 +54,7 @@ wchar_t ShortEscape(wchar_t unit)
 
 // The text under way, and the containers that are open: their number is bounded by memory, not by the stack. Characters
 // stay wide from the value to the text, since a way through UTF-8 and back would give the same ones.
-class wxJSONWriter::Output
+class QXSPEECH_HIDDEN wxJSONWriter::Output
 {
 public:
     Output(wxString& text, int& level) : m_whole(text), m_level(level) {}
@@ -67,6 +67,7 @@ private:
         const wxJSONRefData* body;
         size_t written; // elements or members so far
         wxJSONMap::const_iterator member;
+        wxJSONRefData::OddMembers::const_iterator odd; // behind the others, if there are any
     };
 
     void Flush();
@@ -75,6 +76,8 @@ private:
     void Close(wchar_t bracket);
     void NextElement();
     void NextMember();
+    template <class KeyAndValue>
+    void Member(const KeyAndValue& member);
     void String(const wxString& string);
     bool Characters(const wchar_t* from, const wchar_t* end);
     void Escaped(wchar_t unit);
@@ -113,7 +116,9 @@ void wxJSONWriter::Output::Flush()
 void wxJSONWriter::Output::Open(const wxJSONRefData* body, wchar_t bracket)
 {
     m_text += bracket;
-    m_frames.push_back({body, 0, body->m_valMap.begin()});
+    m_frames.push_back({body, 0, body->m_valMap.begin(), {}});
+    if (body->m_oddMembers)
+        m_frames.back().odd = body->m_oddMembers->begin();
     ++m_level;
 }
 
@@ -140,16 +145,24 @@ void wxJSONWriter::Output::NextElement()
 void wxJSONWriter::Output::NextMember()
 {
     Frame& frame = m_frames.back();
-    if (frame.member == frame.body->m_valMap.end()) {
+    if (frame.written == frame.body->MemberCount()) {
         Close(L'}');
         return;
     }
     if (frame.written++ > 0)
         m_text += L',';
-    const wxJSONMap::value_type& member = *frame.member++;
+    if (frame.member != frame.body->m_valMap.end())
+        Member(*frame.member++);
+    else
+        Member(*frame.odd++);
+}
+
+template <class KeyAndValue>
+void wxJSONWriter::Output::Member(const KeyAndValue& member)
+{
     String(member.first);
     m_text += L':';
-    Value(member.second);
+    Value(member.second); // may push a frame
 }
 
 void wxJSONWriter::Output::Value(const wxJSONValue& value)

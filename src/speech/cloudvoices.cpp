@@ -6,11 +6,8 @@ namespace qxspeech
 
 wxJSONValue Member(const wxJSONValue& object, const wxString& key)
 {
-    const wxJSONMap* const members = object.AsMap();
-    if (!members)
-        return wxJSONValue(wxJSONTYPE_INVALID);
-    const auto found = members->find(key);
-    return found == members->end() ? wxJSONValue(wxJSONTYPE_INVALID) : found->second;
+    const wxJSONValue* const member = object.FindMember(key);
+    return member ? *member : wxJSONValue(wxJSONTYPE_INVALID);
 }
 
 wxString MemberText(const wxJSONValue& object, const wxString& key)

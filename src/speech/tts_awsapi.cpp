@@ -159,13 +159,13 @@ wxString ServiceMessage(const wxString& body)
     return message.empty() ? qxspeech::MemberText(answer, "Message") : message;
 }
 
-wxString TextMember(const wxJSONMap& members, const wxString& key)
+wxString TextMember(const wxJSONValue& object, const wxString& key)
 {
-    const auto found = members.find(key);
-    return found == members.end() ? wxString() : found->second.AsString();
+    const wxJSONValue* const member = object.FindMember(key);
+    return member ? member->AsString() : wxString();
 }
 
-QXTTSVoiceInfo DescribeVoice(const wxJSONMap& members, const wxString& engine)
+QXTTSVoiceInfo DescribeVoice(const wxJSONValue& members, const wxString& engine)
 {
     QXTTSVoiceInfo voice;
     voice.SetHandlerId(kPollyId);
@@ -182,12 +182,9 @@ QXTTSVoiceInfo DescribeVoice(const wxJSONMap& members, const wxString& engine)
 // A voice without engines cannot be asked for.
 void AppendVoice(const wxJSONValue& voice, std::vector<QXTTSVoiceInfo>& voices)
 {
-    const wxJSONMap* const members = voice.AsMap();
-    const auto engines = members ? members->find("SupportedEngines") : wxJSONMap::const_iterator();
-    if (!members || engines == members->end())
-        return;
-    for (int i = 0; i < engines->second.Size(); ++i)
-        voices.push_back(DescribeVoice(*members, engines->second.ItemAt(static_cast<unsigned>(i)).AsString()));
+    const wxJSONValue* const engines = voice.FindMember("SupportedEngines");
+    for (int i = 0; engines && i < engines->Size(); ++i)
+        voices.push_back(DescribeVoice(voice, engines->ItemAt(static_cast<unsigned>(i)).AsString()));
 }
 
 } // namespace
@@ -344,12 +341,9 @@ void wxTTSAWSHandler::TakeVoices(const wxString& body, std::vector<QXTTSVoiceInf
     qxspeech::JsonAnswer answer;
     answer.Parse(body);
     std::vector<QXTTSVoiceInfo> fetched;
-    const wxJSONMap* const members = answer.AsMap();
-    const auto list = members ? members->find("Voices") : wxJSONMap::const_iterator();
-    if (members && list != members->end()) {
-        for (int i = 0; i < list->second.Size(); ++i)
-            AppendVoice(list->second.ItemAt(static_cast<unsigned>(i)), fetched);
-    }
+    const wxJSONValue* const list = answer.FindMember("Voices");
+    for (int i = 0; list && i < list->Size(); ++i)
+        AppendVoice(list->ItemAt(static_cast<unsigned>(i)), fetched);
     voices.insert(voices.end(), fetched.begin(), fetched.end());
     if (answer.IsWhole())
         m_voices.swap(fetched);

@@ -122,13 +122,10 @@ bool QXTTSVoiceInfo::Serialize(wxJSONValue& value) const
 
 bool QXTTSVoiceInfo::Parse(wxJSONValue& value)
 {
-    const wxJSONMap* const members = value.AsMap(); // operator[] would copy a shared body
-    if (members == nullptr)
-        return true;
     for (const Field& field : sm_fields) {
-        const auto member = members->find(field.key);
-        if (member != members->end())
-            this->*field.text = member->second.AsString();
+        const wxJSONValue* const member = value.FindMember(field.key); // operator[] would copy a shared body
+        if (member != nullptr)
+            this->*field.text = member->AsString();
     }
     return true;
 }

@@ -121,15 +121,27 @@ TEST(JsonDocument, NumbersArriveWithTheirSign)
 
 TEST(JsonDocument, ManyMembersOfOneObjectAreAllFound)
 {
-    wxString text = "[{";
+    wxString text = "[{\"\\u0000key 1\":{},";
     for (int i = 0; i < 5000; ++i)
-        text << "\"key " << i << "\":" << i << ",";
+        text << "\"key " << i << "\":" << i << ",\"\\u0000key " << i << "\":" << -i << ",";
     text << "},{\"one\":1},{}]";
     wxJSONDocument document;
     document.Parse(text);
     ASSERT_EQ(document.Size(), 3);
-    EXPECT_EQ(document.Item(0).Size(), 5000);
-    EXPECT_EQ(document.Item(0)["key 4999"].AsInt(), 4999);
+    const wxString odd = wxString(wxUniChar(0)) + "key 1";
+    for (const bool asMap : {false, true}) {
+        wxJSONValue object = document.Item(0);
+        EXPECT_TRUE(!asMap || object.AsMap()->size() == 10000U);
+        EXPECT_EQ(object.Size(), 10000);
+        EXPECT_EQ(object["key 4999"].AsInt(), 4999);
+        EXPECT_EQ(object[odd].AsInt(), -1);
+        object[odd] = "changed";
+        EXPECT_EQ(document.Item(0).FindMember(odd)->AsInt(), -1);
+        wxJSONDocument again;
+        again.Parse(Written(object));
+        EXPECT_EQ(again.Size(), 10000);
+        EXPECT_EQ(again[odd].AsString(), "changed");
+    }
     EXPECT_EQ(document.Item(1).Size(), 1);
     EXPECT_EQ(document.Item(2).Size(), 0);
 }
