@@ -27,7 +27,9 @@ struct QXTTSAuthInfo {
 extern template class QXSingleton<QXTextToSpeech>;
 
 // The front object with the engines registered. QXSingleton<QXTextToSpeech>::Get() makes and owns the one instance;
-// making and destroying it is safe on any thread. The statics have no lock and stand without an instance: set them from
+// making and destroying it is safe on any thread, but the local engine belongs to the thread that makes it: make it on
+// the thread that serves events (in a wxWidgets host the main thread), or local speech to the device never ends for the
+// host. A web engine asks nothing of its thread. The statics have no lock and stand without an instance: set them from
 // one thread before speech work starts. Destroying the instance keeps the request history for the next one.
 class QXSPEECH_API QXTextToSpeech : public QXSingleton<QXTextToSpeech>
 {

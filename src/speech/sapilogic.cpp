@@ -15,6 +15,8 @@ struct SapiErrorText {
     const char* text;
 };
 
+const char kForkedProcess[] = wxTRANSLATE("A process made by fork() cannot go on with its parent's speech.");
+
 const SapiErrorText kSapiErrorTexts[] = {
     {0x80045003, wxTRANSLATE("The caller has specified an unsupported format.")},
     {0x80045006, wxTRANSLATE("The wave device is busy.")},
@@ -24,6 +26,7 @@ const SapiErrorText kSapiErrorTexts[] = {
     {0x80045088, wxTRANSLATE("The string is too long.")},
     {0x80045089, wxTRANSLATE("The string cannot be empty.")},
     {0x80045093, wxTRANSLATE("No given voice is found")},
+    {0x8007139F, kForkedProcess},
 };
 
 struct SapiFailureKind {
@@ -50,6 +53,7 @@ const SapiFailureKind kSapiFailureKinds[] = {
     {0x80045088, wxTTS_FAILURE_TOO_LONG, wxTRANSLATE("The text is too long for the voice.")},
     {0x80045059, wxTTS_FAILURE_VOICE, kNoVoice},
     {0x80045093, wxTTS_FAILURE_VOICE, kNoVoice},
+    {0x8007139F, wxTTS_FAILURE_OTHER, kForkedProcess},
 };
 
 constexpr DWORD kFacilityMask = 0x1FFF0000;

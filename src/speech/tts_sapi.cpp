@@ -48,7 +48,7 @@ void FreeEventParameter(const SPEVENT& event)
 } // namespace
 
 // A speech to a file, from its speak call until the file is closed.
-struct wxTTSSapiHandler::Output {
+struct QXSPEECH_HIDDEN wxTTSSapiHandler::Output {
     Output() = default;
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
@@ -72,7 +72,7 @@ struct wxTTSSapiHandler::Output {
     WAVEFORMATEX* waveFormat = nullptr; // owned, COM memory
 };
 
-struct wxTTSSapiHandler::Engine {
+struct QXSPEECH_HIDDEN wxTTSSapiHandler::Engine {
     explicit Engine(wxTTSSapiHandler* handler) : owner(handler) {}
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
@@ -151,15 +151,13 @@ void wxTTSSapiHandler::Engine::NoteEnd()
     owner->SetFailure(qxSapiFailure(status.hrLastResult, true, boundFile));
 }
 
-wxTTSSapiHandler::wxTTSSapiHandler() : wxTTSHandler(kSapiId, _("Microsoft SAPI")), m_engine(new Engine(this))
+wxTTSSapiHandler::wxTTSSapiHandler()
+    : wxTTSHandler(kSapiId, _("Microsoft SAPI")), m_engine(std::make_shared<Engine>(this))
 {
     CreateCommonProperties(50, wxTTS_QUANTITY_PERCENT, kWebSite);
 }
 
-wxTTSSapiHandler::~wxTTSSapiHandler()
-{
-    delete m_engine;
-}
+wxTTSSapiHandler::~wxTTSSapiHandler() = default;
 
 bool wxTTSSapiHandler::Initialize()
 {
@@ -284,8 +282,8 @@ bool wxTTSSapiHandler::DoSpeak(const wxString& text, bool isFile, int options, c
     }
     m_engine->speaking = true;
     if (m_engine->writingToFile) {
-        if (options & wxTTS_SPEAK_WAIT)
-            WaitForOutput();
+        if (options & wxTTS_SPEAK_WAIT && !WaitForOutput())
+            return false;
         if (options & (wxTTS_SPEAK_CLOSE_OUTPUT | wxTTS_SPEAK_WAIT))
             m_engine->CloseOutput();
     }
@@ -363,14 +361,19 @@ bool wxTTSSapiHandler::BindOutput(const wxString& outputFile)
     return m_engine->BindOutput(outputFile) || SetFailure(qxUnwritable(outputFile));
 }
 
-// The host's events run meanwhile: they may stop the speech, or shut the handler down.
-void wxTTSSapiHandler::WaitForOutput()
+// The host's events run meanwhile: they may stop the speech, shut the handler down, or delete it. False: it was
+// deleted, and nothing of it may be touched any more.
+bool wxTTSSapiHandler::WaitForOutput()
 {
-    do
+    const std::weak_ptr<Engine> alive = m_engine;
+    do {
         wxYield();
-    while (m_engine->voice && m_engine->voice->WaitUntilDone(kPollMs) != S_OK);
+        if (alive.expired())
+            return false;
+    } while (m_engine->voice && m_engine->voice->WaitUntilDone(kPollMs) != S_OK);
     m_engine->NoteEnd();
     m_engine->speaking = false;
+    return true;
 }
 
 bool wxTTSSapiHandler::IsSpeaking() const

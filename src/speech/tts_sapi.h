@@ -2,24 +2,31 @@
 #ifndef QXSPEECH_SPEECH_TTS_SAPI_H
 #define QXSPEECH_SPEECH_TTS_SAPI_H
 
+#include <memory>
+
 #include "speech/ttshandler.h"
 
 // Bits of a speak call's options. Without ASYNC and WAIT the call blocks until the speech has ended.
 enum wxTTSSpeakOption : int {
     wxTTS_SPEAK_ASYNC = 0x1, // the call returns at once; IsSpeaking closes an output file at the end of the speech
     wxTTS_SPEAK_CLOSE_OUTPUT = 0x2, // an output file is closed as soon as the voice has taken the text
-    wxTTS_SPEAK_WAIT = 0x4 // with an output file the call waits for the end, serving the host's events meanwhile
+    // With an output file the call waits for the end, serving the host's events meanwhile. One of them may delete the
+    // handler: the call then answers false, and the file ends where the speech was.
+    wxTTS_SPEAK_WAIT = 0x4
 };
 
 // Engine "Microsoft SAPI": drives one voice of the system. Made by the host or the process-wide instance, owned by the
 // front object from AddHandler on. All calls come on the thread that called Initialize, and the end of speech is
 // noticed only while that thread takes its messages: in the host's event loop, in the waiting of a speak call, in Stop.
+// On a thread that does none of these speech to the device never ends: IsSpeaking stays true until Stop.
 // Until Initialize has succeeded it lists no voices and every speak call answers false without a message.
 //
 // Speed -10 to 10 and volume 0 to 100 are the voice's own; "Pitch" is kept but not applied. Pauses count: as many
 // Resume calls end them. The only failure that has a message is that of the voice's own speak call. GetLastFailure
 // tells more: a device that is lost, or a file that cannot be written on, as soon as the end of the speech is noticed;
 // an output file that does not open and a voice that is not installed, for which the speech goes elsewhere.
+//
+// A process made by fork() from one that has spoken here cannot speak: its speak calls fail at once. It may exec.
 class QXSPEECH_API wxTTSSapiHandler : public wxTTSHandler
 {
     wxDECLARE_DYNAMIC_CLASS(wxTTSSapiHandler);
@@ -32,7 +39,8 @@ public:
     ~wxTTSSapiHandler() override;
 
     // Makes the voice, reads the installed voices (later ones are not seen), and stores the system voice's settings in
-    // "Speed", "Volume" and "Voice". False where there is no speech system.
+    // "Speed", "Volume" and "Voice". False where there is no speech system. The calling thread becomes the engine's for
+    // good: it must be the one that serves the host's events, which no other thread can do in its place.
     bool Initialize() override;
     bool Uninitialize() override;
 
@@ -74,10 +82,10 @@ private:
     void ApplyRates();
     wxString PrepareInput(const wxString& text, bool isFile, int transformerOptions);
     bool BindOutput(const wxString& outputFile);
-    void WaitForOutput();
+    bool WaitForOutput();
     QXTTSVoiceInfo DescribeVoice(const wxString& name, const wxString& language) const;
 
-    Engine* m_engine; // owned
+    std::shared_ptr<Engine> m_engine; // owned; shared so that a waiting call can see the end of it
 };
 
 #endif

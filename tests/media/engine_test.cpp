@@ -6,7 +6,9 @@
 
 #include <chrono>
 #include <fstream>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 #include <portaudio.h>
@@ -112,6 +114,25 @@ TEST_F(LocalEngine, ChosenVoiceAndRatesAreHeard)
     EXPECT_NEAR(Seconds("same.wav"), Seconds("fast.wav"), 0.1);
     EXPECT_EQ(Failure(engine).message, "There is no voice Nobody.");
     EXPECT_FALSE(engine.GetDefaultVoice().GetName().empty());
+}
+
+TEST_F(LocalEngine, ForkedCopyOfASpeakingProcessFailsAtOnce)
+{
+    wxTextToSpeech& engine = Engine();
+    ASSERT_TRUE(engine.Speak(wxString('a', 20000), wxTTS_SPEAK_ASYNC, Path("long.wav")));
+    const pid_t copy = fork();
+    if (copy == 0) {
+        alarm(20);
+        const bool refused = !engine.Speak(kText, 0, "") && engine.GetLastErrorMessage().Contains("fork()") &&
+                             !engine.IsSpeaking() && !engine.Speak(kText, wxTTS_SPEAK_WAIT, Path("copy.wav"));
+        QXTextToSpeech::DestroyInstance();
+        _exit(refused ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(copy, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(AwaitEnd(engine)) << "the original goes on";
+    EXPECT_GT(Seconds("long.wav"), 10);
 }
 
 TEST_F(LocalEngine, RefusalsHaveWords)

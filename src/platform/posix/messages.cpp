@@ -1,6 +1,8 @@
 // Notices, and the message calls that take them. MIT licence.
 #include "platform/posix/messages.h"
 
+#include "platform/posix/forkedcopy.h"
+
 #include <algorithm>
 #include <atomic>
 #include <windows.h>
@@ -87,6 +89,8 @@ void NoticeQueue::Drop(uint64_t owner)
 
 uint64_t NoticeQueue::Peek(bool remove)
 {
+    if (IsForkedCopy())
+        return 0; // what waits here is the other process's, under a lock that may be held for ever
     Delivery former;
     const std::lock_guard<std::mutex> guard(lock);
     if (waiting.empty())
@@ -126,6 +130,8 @@ NoticeQueue::Delivery NoticeQueue::TakeFront()
 
 void NoticeQueue::DeliverWaiting()
 {
+    if (IsForkedCopy())
+        return;
     size_t turn = 0;
     {
         const std::lock_guard<std::mutex> guard(lock);

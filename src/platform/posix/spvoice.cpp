@@ -9,6 +9,7 @@
 #include "platform/posix/com.h"
 #include "platform/posix/deviceoutput.h"
 #include "platform/posix/espeak_engine.h"
+#include "platform/posix/forkedcopy.h"
 #include "platform/posix/languages.h"
 #include "platform/posix/registry.h"
 #include "platform/posix/speechclasses.h"
@@ -19,11 +20,15 @@
 
 namespace qxvoice
 {
+
+using qxplatform::IsForkedCopy;
+
 namespace
 {
 
 constexpr HRESULT kFileNotFound = static_cast<HRESULT>(0x80070002u);
 constexpr HRESULT kEmptyText = static_cast<HRESULT>(0x80045089u);
+constexpr HRESULT kForkedCopy = static_cast<HRESULT>(0x8007139Fu);
 constexpr HRESULT kVoiceNotFound = static_cast<HRESULT>(0x80045093u);
 constexpr std::chrono::milliseconds kReleaseLimit(500);
 constexpr LONG kMaxRate = 10;
@@ -106,6 +111,8 @@ SpVoice::SpVoice() : m_state(std::make_shared<VoiceState>(qxplatform::CurrentThr
 
 SpVoice::~SpVoice()
 {
+    if (IsForkedCopy())
+        return; // queue, file and threads are the other process's
     SpStream* stream = nullptr;
     std::thread player;
     {
@@ -152,6 +159,8 @@ HRESULT SpVoice::GetEvents(ULONG count, SPEVENT* events, ULONG* fetched)
     if (!events)
         return E_POINTER;
     ULONG given = 0;
+    if (IsForkedCopy())
+        count = 0;
     VoiceState::Lock lock(SpeechLock());
     while (given < count && !m_state->events.empty()) {
         events[given++] = ToSpEvent(m_state->events.front());
@@ -164,6 +173,8 @@ HRESULT SpVoice::GetEvents(ULONG count, SPEVENT* events, ULONG* fetched)
 
 HRESULT SpVoice::SetOutput(IUnknown* output, BOOL)
 {
+    if (IsForkedCopy())
+        return kForkedCopy;
     SpStream* stream = nullptr;
     if (output && !dynamic_cast<DefaultOutput*>(output)) {
         stream = dynamic_cast<SpStream*>(output);
@@ -198,6 +209,8 @@ HRESULT SpVoice::GetOutputStream(ISpStreamFormat** stream)
 
 HRESULT SpVoice::Pause()
 {
+    if (IsForkedCopy())
+        return kForkedCopy;
     VoiceState::Lock lock(SpeechLock());
     m_state->Pause();
     return S_OK;
@@ -205,6 +218,8 @@ HRESULT SpVoice::Pause()
 
 HRESULT SpVoice::Resume()
 {
+    if (IsForkedCopy())
+        return kForkedCopy;
     VoiceState::Lock lock(SpeechLock());
     m_state->Resume();
     return S_OK;
@@ -254,9 +269,11 @@ HRESULT SpVoice::GetVoice(ISpObjectToken** token)
 
 HRESULT SpVoice::Speak(LPCWSTR text, DWORD flags, ULONG* streamNumber)
 {
+    if (!text && (flags & SPF_PURGEBEFORESPEAK) == 0)
+        return E_POINTER;
+    if (IsForkedCopy())
+        return text ? kForkedCopy : S_OK;
     if (!text) {
-        if ((flags & SPF_PURGEBEFORESPEAK) == 0)
-            return E_POINTER;
         VoiceState::Lock lock(SpeechLock());
         m_state->Purge(true);
         WakeSynthesizer();
@@ -371,6 +388,8 @@ HRESULT SpVoice::GetStatus(SPVOICESTATUS* status, LPWSTR* lastBookmark)
         return E_POINTER;
     if (lastBookmark)
         *lastBookmark = nullptr;
+    if (IsForkedCopy())
+        return kForkedCopy;
     VoiceState::Lock lock(SpeechLock());
     const std::deque<std::shared_ptr<Utterance>>& all = m_state->utterances;
     status->ulCurrentStream = all.empty() ? m_lastStream : all.front()->stream;
@@ -386,6 +405,8 @@ HRESULT SpVoice::Skip(LPCWSTR itemType, LONG count, ULONG* skipped)
 {
     if (!itemType || std::wcscmp(itemType, L"Sentence") != 0)
         return E_INVALIDARG;
+    if (IsForkedCopy())
+        return kForkedCopy;
     VoiceState::Lock lock(SpeechLock());
     const HRESULT hr = m_state->Skip(count, skipped);
     WakeSynthesizer();
@@ -446,6 +467,8 @@ HRESULT SpVoice::GetVolume(USHORT* volume)
 
 HRESULT SpVoice::WaitUntilDone(ULONG milliseconds)
 {
+    if (IsForkedCopy())
+        return S_OK; // nothing is spoken here
     VoiceState::Lock lock(SpeechLock());
     const auto done = [this] { return !m_state->Busy() && !m_state->fileBusy; };
     if (milliseconds == INFINITE) {

@@ -26,6 +26,7 @@ namespace qxvoice
 //   SPERR_XML_BAD_SYNTAX (0x80045042)        text that is parsed as XML is malformed; nothing was spoken
 //   0x80045089 / 0x80045093                  no character at all / no voice meets what the text requires
 //   SPERR_UNINITIALIZED                      the bound stream has been closed
+//   0x8007139F                               the process is a copy by fork() of one that has spoken
 //   E_INVALIDARG                             flags that are not supported (SPF_PERSIST_XML) or contradict each other
 // On a failure, earlier speech goes on as if the call had not been made. What ends a speech later, a device that is
 // gone (SPERR_DEVICE_BUSY) or a full disk, is GetStatus' hrLastResult until the next Speak; a purge leaves it.

@@ -8,6 +8,7 @@
 
 #include "common/logging.h"
 #include "platform/posix/espeak_engine.h"
+#include "platform/posix/forkedcopy.h"
 
 namespace qxvoice
 {
@@ -86,6 +87,7 @@ private:
 bool Synthesizer::Add(const std::shared_ptr<VoiceState>& voice)
 {
     if (!m_threadStarted) {
+        qxplatform::OwnSpeechThreads();
         try {
             std::thread([this] { Run(); }).detach();
         } catch (const std::system_error& error) {

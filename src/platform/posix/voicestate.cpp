@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "platform/posix/forkedcopy.h"
+
 namespace qxvoice
 {
 namespace
@@ -36,7 +38,8 @@ SPEVENTENUM EventOf(Mark::Kind kind)
 std::mutex& SpeechLock()
 {
     static std::mutex* const lock = new std::mutex;
-    return *lock;
+    static std::mutex* const lockOfCopy = new std::mutex; // the other may be held by a thread that was not copied
+    return qxplatform::IsForkedCopy() ? *lockOfCopy : *lock;
 }
 
 VoiceState::VoiceState(std::shared_ptr<qxplatform::NoticeQueue> creatorNotices)

@@ -105,7 +105,8 @@ public:
     void SetSelf(const std::shared_ptr<VoiceState>& self) { m_self = self; }
 };
 
-// The one lock of all voices and the synthesizer. Never destroyed. No device, file or host code runs under it.
+// The one lock of all voices and the synthesizer; a forked copy has one of its own. Never destroyed. No device, file or
+// host code runs under it.
 std::mutex& SpeechLock();
 
 } // namespace qxvoice

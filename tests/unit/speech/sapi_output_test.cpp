@@ -4,8 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
+#include <utility>
 #include <wx/app.h>
 
+#include "speech/qxtexttospeech.h"
 #include "support/scripted_voice.h"
 
 using testing::ElementsAre;
@@ -111,6 +113,18 @@ TEST_F(SapiOutput, HostMayShutTheHandlerDownWhileItWaits)
     EXPECT_TRUE(handler.Speak("hello", wxTTS_SPEAK_WAIT, "out.wav"));
     EXPECT_EQ(speech.liveVoices, 0);
     EXPECT_FALSE(handler.IsSpeaking());
+}
+
+TEST_F(SapiOutput, HostMayDestroyTheInstanceWhileItWaits)
+{
+    speech.during["Speak"] = [asked = false]() mutable {
+        if (!std::exchange(asked, true))
+            wxAppConsole::GetInstance()->CallAfter([] { QXTextToSpeech::DestroyInstance(); });
+    };
+    speech.Answer("WaitUntilDone", {S_OK, S_FALSE});
+    EXPECT_FALSE(QXTextToSpeech::Get()->GetEngine().Speak("hello", wxTTS_SPEAK_WAIT, "out.wav"));
+    EXPECT_EQ(speech.liveStreams, 0);
+    EXPECT_EQ(speech.liveVoices, 1) << "that of the other handler here";
 }
 
 TEST_F(SapiOutput, WithoutAFileWaitDoesNotWait)
