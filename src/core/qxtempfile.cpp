@@ -2,11 +2,13 @@
 #include "core/qxtempfile.h"
 
 #include <random>
+#include <unordered_set>
 #include <wx/app.h>
 #include <wx/convauto.h>
 #include <wx/datetime.h>
 #include <wx/ffile.h>
 #include <wx/file.h>
+#include <wx/hashmap.h>
 #include <wx/stdpaths.h>
 #include <wx/textfile.h>
 #include <wx/utils.h>
@@ -127,8 +129,8 @@ void QXTempFileMan::SetTempDir(const wxString& dir)
 
 wxString QXTempFileMan::CreateTempFile(const wxString& extension)
 {
-    QXTempFileMan* const manager = Get();
     const wxCriticalSectionLocker lock(m_critsect);
+    QXTempFileMan* const manager = Get(); // under the lock, so that nobody destroys it meanwhile
     manager->UseDefaultDir();
     const wxString name = manager->m_dirChosen ? manager->MakeName(extension) : wxString();
     if (name.empty()) {
@@ -232,9 +234,10 @@ void QXTempFileMan::RemoveLines()
 {
     wxArrayString lines;
     ReadNames(Path(kJournalName), lines);
+    const std::unordered_set<wxString, wxStringHash, wxStringEqual> own(m_names.begin(), m_names.end());
     wxString rest;
     for (const wxString& line : lines) {
-        if (m_names.Index(line) == wxNOT_FOUND)
+        if (own.count(line) == 0)
             rest += line + wxTextFile::GetEOL();
     }
     DeleteFiles();

@@ -130,7 +130,7 @@ bool wxTextToSpeech::HasCapability(wxTTSCapability capability) const
 
 bool wxTextToSpeech::AddHandler(wxTTSHandler* handler)
 {
-    if (FindHandler(handler->GetId()))
+    if (!handler || FindHandler(handler->GetId()))
         return false;
     m_handlers.Append(handler);
     handler->SetTextToSpeechObject(this);

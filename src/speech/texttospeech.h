@@ -41,8 +41,8 @@ public:
     virtual bool CanSkip() const;
     virtual bool HasCapability(wxTTSCapability capability) const;
 
-    // Takes the handler over, unless its id is listed already: then false, and it stays the caller's. The current
-    // handler does not change, not even with the first one.
+    // Takes the handler over, unless its id is listed already: then false, and it stays the caller's. False for null.
+    // The current handler does not change, not even with the first one.
     bool AddHandler(wxTTSHandler* handler);
     // Takes out the listed handler of the same id, which becomes the caller's again; false if there is none, true for
     // null. If it was current, the first one left is initialised and becomes current.

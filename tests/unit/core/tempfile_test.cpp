@@ -2,6 +2,7 @@
 #include "core/qxtempfile.h"
 
 #include <algorithm>
+#include <atomic>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <iostream>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <wx/app.h>
 #include <wx/init.h>
@@ -280,6 +282,19 @@ TEST_F(TempFiles, LastProcessRemovesWhatAKilledOneLeftBesideIt)
     killed.Kill();
     last.End();
     EXPECT_TRUE(fs::is_empty(m_folder));
+}
+
+TEST_F(TempFiles, NamesAreMadeWhileAnotherThreadDestroysTheInstance)
+{
+    std::atomic<bool> done{false};
+    std::thread other([&] {
+        while (!done)
+            QXTempFileMan::DestroyInstance();
+    });
+    for (int i = 0; i < 300; ++i)
+        EXPECT_NE(Make(), "");
+    done = true;
+    other.join();
 }
 
 TEST_F(TempFiles, ForkedCopyLeavesTheFilesOfItsOrigin)

@@ -205,6 +205,7 @@ TEST(FrontObject, AddHandlerTakesEachIdOnceAndMakesNothingCurrent)
     RecordingHandler twin("one");
     EXPECT_TRUE(front.AddHandler(first));
     EXPECT_FALSE(front.AddHandler(&twin));
+    EXPECT_FALSE(front.AddHandler(nullptr));
     EXPECT_TRUE(front.AddHandler(new RecordingHandler("One"))) << "ids have case";
     EXPECT_EQ(front.GetHandlerCount(), 2);
     EXPECT_EQ(first->GetTextToSpeechObject(), &front);
