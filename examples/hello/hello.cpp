@@ -11,8 +11,9 @@
 int main()
 {
     wxInitializer wx;
-    wxLog::SetComponentLevel("qxspeech", wxLOG_Warning); // a host with a window would show each line in a box
-    Pa_Initialize();                                     // the local voice plays through the host's PortAudio
+    // A host with a window would show each line of the library's in a box.
+    wxLog::SetComponentLevel("qxspeech", wxLOG_Warning);
+    Pa_Initialize(); // the local voice plays through the host's PortAudio
     wxTextToSpeech& speech = QXSingleton<QXTextToSpeech>::Get()->GetEngine();
     const bool started = speech.Speak("Hello, world.", wxTTS_SPEAK_ASYNC, wxString());
     while (speech.IsSpeaking()) {
