@@ -12,6 +12,8 @@ namespace tool
 namespace
 {
 
+bool g_isLeft = false; // main thread
+
 extern "C" {
 void IgnoreAlsaError(const char*, int, const char*, int, const char*, ...) {}
 void IgnoreJackText(const char*) {}
@@ -59,8 +61,13 @@ AudioSession::AudioSession(Needs needs, const wxString& advice)
 
 AudioSession::~AudioSession()
 {
-    if (LoggedDeviceState() != DeviceState::kHangs) // or this would, too
+    if (!g_isLeft)
         Pa_Terminate();
+}
+
+void AudioSession::LeaveRunning()
+{
+    g_isLeft = true;
 }
 
 bool AudioSession::HasOutputDevice()

@@ -21,6 +21,8 @@ public:
     AudioSession(const AudioSession&) = delete;
     AudioSession& operator=(const AudioSession&) = delete;
 
+    // A device has failed, and PortAudio's end may hang with it: it is left to the end of the process.
+    static void LeaveRunning();
     static bool HasOutputDevice();
     static bool HasInputDevice();
 };

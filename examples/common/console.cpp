@@ -19,21 +19,6 @@ namespace
 
 int g_errors = STDERR_FILENO; // the real standard error
 bool g_outputClosed = false;
-DeviceState g_device = DeviceState::kGood; // main thread
-
-// What the library logs when an output device does not open, refuses a block or hangs: the engines that play files,
-// then the local one.
-const struct {
-    const char* text;
-    DeviceState state;
-} kDeviceRecords[] = {
-    {"Could not open audio output stream", DeviceState::kFailed},
-    {"Could not start audio output stream", DeviceState::kFailed},
-    {"Could not write audio output stream, paError", DeviceState::kFailed},
-    {"Could not open the audio device", DeviceState::kFailed},
-    {"The audio device failed", DeviceState::kFailed},
-    {"The audio device does not answer", DeviceState::kHangs},
-};
 
 std::string Utf8(const wxString& text)
 {
@@ -50,10 +35,6 @@ protected:
     // On the main thread; records of others wait until it flushes them.
     void DoLogRecord(wxLogLevel level, const wxString& text, const wxLogRecordInfo& info) override
     {
-        for (const auto& record : kDeviceRecords) {
-            if (text.StartsWith(record.text))
-                g_device = std::max(g_device, record.state);
-        }
         if (m_verbose || level == wxLOG_FatalError)
             wxLog::DoLogRecord(level, text, info);
     }
@@ -151,12 +132,6 @@ void SetUpLog(bool verbose)
 {
     // wxWidgets deletes the target when it ends.
     delete wxLog::SetActiveTarget(new ErrorLog(verbose)); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
-}
-
-DeviceState LoggedDeviceState()
-{
-    wxLog::FlushActive();
-    return g_device;
 }
 
 } // namespace tool

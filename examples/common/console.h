@@ -32,12 +32,8 @@ void PrintOutput(const wxString& text);
 // real standard error. The sound system's libraries print there and cannot all be asked not to.
 void SilenceStandardError();
 
-// On: each record of the log is a line on standard error. Off: none is shown, but one that ends the process. Either way
-// the library's records are looked at for the device's state: their text is its only word on a sound that breaks off.
+// On: each record of the log is a line on standard error. Off: none is shown, but one that ends the process.
 void SetUpLog(bool verbose);
-enum class DeviceState { kGood, kFailed, kHangs };
-// The worst that the log has told of an output device since SetUpLog. Called on the main thread.
-DeviceState LoggedDeviceState();
 
 } // namespace tool
 

@@ -36,15 +36,6 @@ bool Has(const Device& device, Direction direction)
     return (direction == Direction::kOutput ? device.outputs : device.inputs) > 0;
 }
 
-int IndexOf(const std::string& id)
-{
-    MKAudioDeviceManager& manager = *MKAudioDeviceManager::Get();
-    for (int i = 0; !id.empty() && i < manager.GetDeviceCount(); ++i)
-        if (manager.GetDeviceId(i) == id)
-            return i;
-    return id.empty() ? Pa_GetDefaultOutputDevice() : -1;
-}
-
 } // namespace
 
 std::vector<Device> LoadDevices()
@@ -115,22 +106,6 @@ std::string FindDevice(const std::vector<Device>& devices, const std::string& id
     throw tool::Failure{tool::kExitNoDevice, wxString("no audio ") +
                                                  (direction == Direction::kOutput ? "output" : "input") + " device \"" +
                                                  Text(idOrName) + "\"; --list-devices lists them"};
-}
-
-bool OutputWorks(const std::string& id)
-{
-    const int index = IndexOf(id);
-    const PaDeviceInfo* const info = Pa_GetDeviceInfo(index);
-    if (!info)
-        return false;
-    const PaStreamParameters parameters{index, std::min(info->maxOutputChannels, 2), paInt16,
-                                        info->defaultHighOutputLatency, nullptr};
-    PaStream* stream = nullptr;
-    if (Pa_OpenStream(&stream, nullptr, &parameters, info->defaultSampleRate, 0, paNoFlag, nullptr, nullptr) !=
-        paNoError)
-        return false;
-    Pa_CloseStream(stream);
-    return true;
 }
 
 } // namespace play

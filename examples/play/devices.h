@@ -30,9 +30,6 @@ wxString DeviceListJson(const std::vector<Device>& devices);
 // Failure (kExitNoDevice) if there is none of that direction.
 std::string FindDevice(const std::vector<Device>& devices, const std::string& idOrName, Direction direction);
 
-// Whether the device, or the default one, still takes an output stream.
-bool OutputWorks(const std::string& id);
-
 } // namespace play
 
 #endif

@@ -10,6 +10,7 @@
 #include <utility>
 #include <wx/log.h>
 
+#include "../common/audiosession.h"
 #include "../common/commandline.h"
 #include "../common/exitstatus.h"
 #include "../common/interrupt.h"
@@ -117,7 +118,13 @@ void Playback::TellWhyNot()
         throw Failure{tool::kExitFile, name + ": there is no sound in it"};
     if (!provider.OpenStream(static_cast<size_t>(sound), &parameters))
         throw Failure{tool::kExitFile, name + ": its sound cannot be decoded"};
-    throw Failure{tool::kExitNoDevice, "the audio device does not open"};
+    TellDevice();
+}
+
+void Playback::TellDevice()
+{
+    const std::string reason = m_stage.player.GetLastFailure().reason;
+    throw Failure{tool::kExitNoDevice, reason.empty() ? "the audio device fails" : wxString::FromUTF8(reason.c_str())};
 }
 
 void Playback::ThrowNothingToShowOn() const
@@ -161,7 +168,7 @@ void Playback::Run(int64_t fromUs)
 void Playback::Start()
 {
     if (!m_stage.player.Play())
-        throw Failure{tool::kExitNoDevice, "the audio device does not start"};
+        TellDevice();
 }
 
 bool Playback::IsGoingOn()
@@ -272,12 +279,12 @@ void Playback::CheckEnd()
 {
     const bool hasFailed = SoundHasFailed();
     m_stage.player.Stop(); // waits until the rest was heard
-    if (!hasFailed)
-        return;
-    m_stage.player.Close(); // the device may take one stream only
-    if (!OutputWorks(m_stage.device))
-        throw Failure{tool::kExitNoDevice, "the audio device went away"};
-    throw Failure{tool::kExitFile, tool::FromBytes(m_file) + ": the sound broke off; --verbose tells why"};
+    if (m_stage.player.GetLastFailure().category == MKFailureDevice) {
+        tool::AudioSession::LeaveRunning();
+        TellDevice();
+    }
+    if (hasFailed)
+        throw Failure{tool::kExitFile, tool::FromBytes(m_file) + ": the sound broke off; --verbose tells why"};
 }
 
 int64_t Playback::Position() const

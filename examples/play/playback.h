@@ -45,6 +45,7 @@ private:
     void Open();
     void OpenMedia();
     [[noreturn]] void TellWhyNot();
+    [[noreturn]] void TellDevice();
     void Start();
     bool IsGoingOn();
     void ObeyAll();

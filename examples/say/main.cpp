@@ -12,6 +12,7 @@
 #include "common/version.h"
 #include "console.h"
 #include "exitstatus.h"
+#include "failures.h"
 #include "options.h"
 #include "output.h"
 #include "preparation.h"
@@ -70,8 +71,8 @@ void TestAuthentication(const Options& options)
     if (!session.IsWeb())
         throw Failure{kExitUsage, session.EngineId() + " needs no credentials; -e says which engine to test"};
     if (!session.TestAuthentication()) {
-        const wxString reason = instance.Engine().GetLastErrorMessage();
-        throw Failure{kExitRefused, reason.empty() ? session.EngineId() + " does not take the credentials" : reason};
+        throw ToFailure(instance.Engine().GetCurrentHandler()->GetLastFailure(),
+                        session.EngineId() + " does not take the credentials");
     }
     PrintOutput("ok\n");
 }

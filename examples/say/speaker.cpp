@@ -10,6 +10,7 @@
 #include "../common/terminal.h"
 #include "console.h"
 #include "exitstatus.h"
+#include "failures.h"
 #include "longspeech.h"
 #include "progress.h"
 #include "speech/tts_sapi.h"
@@ -120,21 +121,22 @@ private:
         }
         // The speech may end between a signal and the look at its flag.
         ThrowIfInterrupted();
-        if (!m_output)
-            RequireDevice();
-        else if (m_largest > kMaxRiffBytes - kLastBlocks && m_output->SpeechBytes() == 0)
+        if (m_output && m_largest > kMaxRiffBytes - kLastBlocks && m_output->SpeechBytes() == 0)
             throw Failure{kExitFile, m_output->Name() + ": the speech is longer than a WAV file of markup can be "
                                                         "(4 GiB, 37 hours); plain text may be of any length"};
+        // What fails ends the speech as its last word does.
+        if (m_output)
+            m_output->RequireRoom();
+        RequireNoFailure();
     }
 
-    // A device that fails ends the speech as its last word does.
-    static void RequireDevice()
+    void RequireNoFailure()
     {
-        const DeviceState device = LoggedDeviceState();
-        if (device == DeviceState::kFailed)
-            throw Failure{kExitNoDevice, "the audio device went away"};
-        if (device == DeviceState::kHangs)
-            throw Failure{kExitNoDevice, "the audio device does not answer"};
+        const wxTTSFailure failure = m_engine.GetCurrentHandler()->GetLastFailure();
+        if (failure.category == wxTTS_FAILURE_DEVICE)
+            AudioSession::LeaveRunning();
+        if (failure.category != wxTTS_FAILURE_NONE)
+            throw ToFailure(failure, m_engine.GetEngine() + " broke off");
     }
 
     bool StartLocal(const Spoken& spoken, const wxString& file)
@@ -205,11 +207,8 @@ private:
             throw Failure{kExitFile, failure.message};
         if (!m_output && !AudioSession::HasOutputDevice())
             throw Failure{kExitNoDevice, "no audio output device; use -o FILE to write a sound file"};
-        const wxString reason = m_engine.GetLastErrorMessage();
-        if (!m_output && LoggedDeviceState() != DeviceState::kGood)
-            throw Failure{kExitNoDevice, reason.empty() ? wxString("the audio device does not open")
-                                                        : reason + " The audio device does not open."};
-        throw Failure{kExitRefused, reason.empty() ? m_engine.GetEngine() + " cannot speak this" : reason};
+        RequireNoFailure();
+        throw Failure{kExitRefused, m_engine.GetEngine() + " cannot speak this"};
     }
 
     wxTextToSpeech& m_engine;

@@ -5,6 +5,7 @@
 
 #include "console.h"
 #include "exitstatus.h"
+#include "failures.h"
 #include "requesthistory.h"
 #include "values.h"
 #include "voicecache.h"
@@ -46,11 +47,11 @@ void VoiceSource::LoadFromService()
         return;
     if (Fetch())
         return;
-    // Of whatever keeps a token from it, Azure's list says that the key is wrong; the test says what it was.
-    if (m_session.IsTokenNeeded())
-        m_session.TestAuthentication();
-    const wxString error = m_handler.GetLastErrorMessage();
+    const wxTTSFailure failure = m_handler.GetLastFailure();
+    const wxString error = Describe(failure);
     const wxString reason = engine + " gave no voice list" + (error.empty() ? wxString() : ": " + error);
+    if (IsOutOfReach(failure))
+        m_outOfReach = reason;
     if (m_voices.empty())
         throw Failure{kExitRefused, reason};
     PrintError("warning: " + reason + "; this is the list of " + DayOf(cache));
@@ -80,6 +81,8 @@ std::optional<QXTTSVoiceInfo> VoiceSource::Find() const
 
 QXTTSVoiceInfo VoiceSource::Choose()
 {
+    if (!m_outOfReach.empty()) // so would the speech's request be
+        throw Failure{kExitRefused, m_outOfReach};
     std::optional<QXTTSVoiceInfo> voice = Find();
     if (!voice && m_isKept && Fetch())
         voice = Find();

@@ -23,7 +23,7 @@ public:
 
     const std::vector<QXTTSVoiceInfo>& Voices() const { return m_voices; }
     // The one that the options ask for. A kept list that lacks it is fetched anew once. Throws Failure (kExitUsage) if
-    // there is none.
+    // there is none, and kExitRefused if the service could not be reached for a list: no second request waits in vain.
     QXTTSVoiceInfo Choose();
 
 private:
@@ -35,6 +35,7 @@ private:
     WebSession& m_session;
     const Options& m_options;
     const wxTTSHandler& m_handler;
+    wxString m_outOfReach; // why no request comes through, if none does
     bool m_isKept = false; // not fetched by this run
     std::vector<QXTTSVoiceInfo> m_voices;
 };

@@ -193,7 +193,7 @@ TEST_F(SayCli, FailuresHaveTheirStatusOneLineAndNoOutput)
         int status;
         const char* word; // that the line holds
     } rows[] = {
-        {"malformed markup", {"-o", out, "-f", Path("bad.ssml")}, 1, "syntax"},
+        {"malformed markup", {"-o", out, "-f", Path("bad.ssml")}, 1, "malformed"},
         {"unknown option", {"--nonsense", "x"}, 2, "nonsense"},
         {"unknown engine", {"-o", out, "-e", "nobody", "x"}, 2, "sapi"},
         {"unknown voice", {"-o", out, "-v", "Nobody", "x"}, 2, "-L"},
