@@ -134,6 +134,7 @@ void MKFileStreamData::Restart(int64_t target, int64_t newPlace)
 int MKFileStreamData::Receive(const AVStream* stream, AVFrame* frame)
 {
     if (later) {
+        av_frame_unref(frame); // as the decoder does
         av_frame_move_ref(frame, later);
         av_frame_free(&later);
         return Count(frame);
