@@ -24,7 +24,7 @@ namespace qxspeech
 bool ReadSpeechFile(const wxString& filename, wxString& text)
 {
     const wxLogNull noLog;
-    return IsReadable(filename) && qxReadTextFile(filename, wxConvAuto(), text);
+    return qxReadTextFile(filename, wxConvAuto(), text);
 }
 
 } // namespace qxspeech

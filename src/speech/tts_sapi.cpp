@@ -4,9 +4,11 @@
 #include <wx/app.h>
 #include <wx/intl.h>
 
+#include "speech/cloudtext.h"
 #include "speech/sapilogic.h"
 #include "speech/sapitoken.h"
 #include "speech/texttospeech.h"
+#include "speech/ttsfilework.h"
 #include "speech/ttstransformer.h"
 
 wxIMPLEMENT_DYNAMIC_CLASS(wxTTSSapiHandler, wxTTSHandler);
@@ -259,14 +261,13 @@ bool wxTTSSapiHandler::DoSpeak(const wxString& text, bool isFile, int options, c
 
     const wxString format = GetPropertyString("Input format");
     const int transformerOptions = qxSapiTransformerOptions(format) | CreateTransformerOptions(0);
-    const bool isXml =
-        format == "Native" && (isFile ? wxTextToSpeech::IsXmlFile(text) : wxTextToSpeech::IsXmlString(text));
-    const DWORD flags = qxSapiSpeakFlags(options, isFile, isXml);
     const wxString voiceName = GetVoice().GetId();
     ApplyVoice(voiceName);
     ApplyRates();
 
     wxString input = PrepareInput(text, isFile, transformerOptions);
+    const bool isXml = format == "Native" && IsXml(text, input, isFile);
+    const DWORD flags = qxSapiSpeakFlags(options, isFile, isXml);
     if (format == "SSML" && !isFile) {
         const int index = m_engine->voiceNames.Index(voiceName);
         input = qxWrapSsml(input, index == wxNOT_FOUND ? wxString("en-US")
@@ -331,6 +332,20 @@ wxString wxTTSSapiHandler::PrepareInput(const wxString& text, bool isFile, int t
     wxString result;
     transformer->TransformString(text, result, transformerOptions); // the options are not looked at there
     return result;
+}
+
+// By the host's input, but by what has become of it if that was a pipe: what is read of one is gone. A pipe that
+// nothing has read yet is therefore read here, and its text spoken in its stead.
+bool wxTTSSapiHandler::IsXml(const wxString& text, wxString& input, bool& isFile)
+{
+    if (!isFile)
+        return wxTextToSpeech::IsXmlString(text);
+    if (!qxspeech::IsPipe(text))
+        return wxTextToSpeech::IsXmlFile(text);
+    if (input != text)
+        return wxTextToSpeech::IsXmlFile(input);
+    isFile = !qxspeech::ReadSpeechFile(text, input);
+    return wxTextToSpeech::IsXmlString(input);
 }
 
 bool wxTTSSapiHandler::Engine::BindOutput(const wxString& outputFile)

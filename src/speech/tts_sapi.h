@@ -81,6 +81,7 @@ private:
     void ApplyVoice(const wxString& name);
     void ApplyRates();
     wxString PrepareInput(const wxString& text, bool isFile, int transformerOptions);
+    static bool IsXml(const wxString& text, wxString& input, bool& isFile);
     bool BindOutput(const wxString& outputFile);
     bool WaitForOutput();
     QXTTSVoiceInfo DescribeVoice(const wxString& name, const wxString& language) const;

@@ -1,15 +1,17 @@
 // HTML and plain text as an engine reads them aloud, in their XML envelopes. MIT licence.
+#include <algorithm>
 #include <string>
 #include <vector>
 
+#include <wx/convauto.h>
 #include <wx/html/htmlpars.h>
 #include <wx/log.h>
-#include <wx/textfile.h>
 #include <wx/txtstrm.h>
 
 #include "common/letters.h"
 #include "speech/ttsfilework.h"
 #include "speech/ttshtmlparser.h"
+#include "speech/ttstextfile.h"
 #include "speech/ttstransformer.h"
 
 using namespace qxspeech;
@@ -241,11 +243,12 @@ void SpeechWalk::SpeakEntity(const wxString& name)
 // A file that cannot be read has no lines.
 void WriteLines(PieceWriter& out, const wxString& filename)
 {
-    wxTextFile file;
-    if (!OpenTextFile(file, filename))
+    wxString text;
+    if (!qxReadLines(filename, wxConvAuto(), text))
         return;
-    for (size_t i = 0; i < file.GetLineCount(); ++i) {
-        out.Write(file.GetLine(i));
+    for (size_t start = 0, end = 0; start < text.length(); start = end + 1) {
+        end = std::min(text.find(L'\n', start), text.length());
+        out.Write(text.substr(start, end - start));
         out.Write(L"\n");
     }
 }

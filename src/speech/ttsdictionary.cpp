@@ -1,12 +1,15 @@
 // The substitution dictionary: its entries, its index and its file. MIT licence.
+#include <algorithm>
+#include <iterator>
 #include <string>
 
-#include <wx/textfile.h>
-#include <wx/wfstream.h>
+#include <wx/convauto.h>
 
 #include "common/letters.h"
+#include "common/logging.h"
 #include "speech/ttsfilework.h"
 #include "speech/ttssubstitution.h"
+#include "speech/ttstextfile.h"
 
 using namespace qxspeech;
 
@@ -46,6 +49,26 @@ void SubstitutionLookup::MakeTable()
 }
 
 } // namespace qxspeech
+
+namespace
+{
+
+// An empty text in one of the encodings that wxConvAuto knows, but does not convert without a character.
+bool IsMarkAlone(const std::string& bytes)
+{
+    static const std::string kMarks[] = {
+        "\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF", {"\xFF\xFE\0\0", 4}, {"\0\0\xFE\xFF", 4}};
+    return std::find(std::begin(kMarks), std::end(kMarks), bytes) != std::end(kMarks);
+}
+
+bool ReadEntries(const wxString& filename, wxString& text)
+{
+    const wxLogNull noLog;
+    std::string bytes;
+    return qxReadBytes(filename, bytes) && (IsMarkAlone(bytes) || qxDecodeLines(bytes, wxConvAuto(), text));
+}
+
+} // namespace
 
 wxTTSTransformer::wxTTSTransformer() = default;
 wxTTSTransformer::~wxTTSTransformer() = default;
@@ -152,11 +175,12 @@ bool wxTTSTransformer::HasString(const wxString& string)
 bool wxTTSTransformer::LoadFile(const wxString& filename)
 {
     Clear();
-    wxTextFile file;
-    if (!OpenTextFile(file, filename))
+    wxString text;
+    if (!ReadEntries(filename, text))
         return false;
-    for (size_t i = 0; i < file.GetLineCount(); ++i) {
-        const wxString& line = file.GetLine(i);
+    for (size_t start = 0, end = 0; start < text.length(); start = end + 1) {
+        end = std::min(text.find(L'\n', start), text.length());
+        const wxString line = text.substr(start, end - start);
         const size_t comma = line.find(L',');
         if (comma == 0 || comma == wxString::npos || comma + 1 == line.length())
             continue;
@@ -169,14 +193,13 @@ bool wxTTSTransformer::LoadFile(const wxString& filename)
 
 bool wxTTSTransformer::SaveFile(const wxString& filename)
 {
-    wxFileOutputStream file(filename);
-    if (!file.IsOk())
-        return false;
     std::string bytes;
     for (size_t i = 0; i < m_strings.size(); ++i)
         AppendLine(bytes, m_strings[i] + L',' + m_replacements[i]);
-    if (!bytes.empty())
-        file.Write(bytes.data(), bytes.size());
+    if (!WriteTextFile(filename, bytes)) {
+        QX_LOG("Could not write file: %s", filename);
+        return false;
+    }
     m_modified = false;
     return true;
 }

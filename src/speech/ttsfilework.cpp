@@ -1,13 +1,13 @@
 // Text files: encoding, comparing, writing and replacing. MIT licence.
 #include "speech/ttsfilework.h"
 
+#include <algorithm>
+
 #include <wx/file.h>
 #include <wx/filefn.h>
 #include <wx/filename.h>
 #include <wx/log.h>
 #include <wx/textfile.h>
-
-#include "speech/ttstextfile.h"
 
 namespace qxspeech
 {
@@ -42,6 +42,20 @@ void AppendLine(std::string& bytes, const wxString& line)
     append(lineEnd);
 }
 
+void AppendLines(std::string& bytes, const wxString& lines)
+{
+    const size_t before = bytes.size();
+    AppendLine(bytes, lines);
+    if (bytes.size() - before >= lines.length())
+        return;
+    // A single number that is no character has kept all of them from being converted.
+    bytes.resize(before);
+    for (size_t start = 0, end = 0; start <= lines.length(); start = end + 1) {
+        end = std::min(lines.find('\n', start), lines.length());
+        AppendLine(bytes, lines.substr(start, end - start));
+    }
+}
+
 bool IsReadable(const wxString& filename)
 {
     const wxLogNull noLog;
@@ -50,21 +64,9 @@ bool IsReadable(const wxString& filename)
     return !filename.empty() && file.Open(filename) && file.Read(&byte, 1) != wxInvalidOffset;
 }
 
-// wxTextFile opens a folder and then asks for all the memory there is.
-bool OpenTextFile(wxTextFile& file, const wxString& filename)
+bool IsPipe(const wxString& filename)
 {
-    const wxLogNull noLog;
-    return IsReadable(filename) && file.Open(filename);
-}
-
-bool ReadLines(const wxString& filename, wxString& text)
-{
-    const wxLogNull noLog;
-    if (!IsReadable(filename))
-        return false;
-    if (!qxReadTextFile(filename, wxConvAuto(), text))
-        text.clear();
-    return true;
+    return wxFileName::Exists(filename) && !wxFileExists(filename) && !wxDirExists(filename);
 }
 
 void CopyTextFile(const wxString& from, const wxString& to)
@@ -95,7 +97,9 @@ bool ReplaceTextFile(const wxString& filename, const std::string& bytes)
     if (filename.empty())
         return false;
     wxTempFile file(filename);
-    return file.IsOpened() && file.Write(bytes.data(), bytes.size()) && file.Commit();
+    if (!file.IsOpened())
+        return WriteTextFile(filename, bytes);
+    return file.Write(bytes.data(), bytes.size()) && file.Commit();
 }
 
 size_t BytesOutputStream::OnSysWrite(const void* buffer, size_t size)

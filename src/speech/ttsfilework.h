@@ -5,8 +5,6 @@
 #include <wx/stream.h>
 #include <wx/string.h>
 
-class wxTextFile;
-
 namespace qxspeech
 {
 
@@ -15,16 +13,19 @@ bool IsAscii(const wxString& text);
 // Adds a line and its end: UTF-8, every "\n" as the platform's line end.
 void AppendLine(std::string& bytes, const wxString& line);
 
+// Adds lines that are joined by "\n" in the same way; one with a number that is no character is left empty.
+void AppendLines(std::string& bytes, const wxString& lines);
+
 // None of these logs.
-bool OpenTextFile(wxTextFile& file, const wxString& filename);
+// Whether a regular file can be read. A pipe may not be asked: what has been read of it is gone.
 bool IsReadable(const wxString& filename);
-// The lines of a file joined by "\n"; none of a file that does not hold what its byte-order mark says. False if it
-// cannot be read.
-bool ReadLines(const wxString& filename, wxString& text);
+// Whether a name stands for what gives its bytes but once: a pipe, a device.
+bool IsPipe(const wxString& filename);
 void CopyTextFile(const wxString& from, const wxString& to);
 bool IsSameFile(const wxString& left, const wxString& right);
 // Both answer whether all bytes arrived. The first writes the file anew, and a failure leaves part of it. The second
-// writes beside the file and renames, and a failure leaves the file as it was.
+// writes beside the file and renames, and a failure leaves the file as it was; where nothing can be made beside it, it
+// does as the first.
 bool WriteTextFile(const wxString& filename, const std::string& bytes);
 bool ReplaceTextFile(const wxString& filename, const std::string& bytes);
 

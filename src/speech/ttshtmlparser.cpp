@@ -10,6 +10,7 @@
 #include <wx/wfstream.h>
 
 #include "common/letters.h"
+#include "common/logging.h"
 #include "speech/ttstagslab.h"
 #include "speech/ttstextfile.h"
 
@@ -40,6 +41,22 @@ size_t FindCommentEnd(const wchar_t* chars, size_t begin, size_t end)
     return bracket < end ? bracket + 1 : end;
 }
 
+bool ReadDocument(const wxString& filename, const wxString& encoding, wxString& text)
+{
+    const wxLogNull noLog;
+    return encoding.empty() ? qxReadTextFile(filename, wxConvUTF8, text)
+                            : qxReadTextFile(filename, wxCSConv(encoding), text);
+}
+
+bool WriteQuietly(const wxTTSSimpleHtmlParser& parser, const wxString& filename)
+{
+    const wxLogNull noLog;
+    wxFileOutputStream stream(filename);
+    if (stream.IsOk())
+        parser.Write(stream);
+    return stream.IsOk();
+}
+
 } // namespace
 
 wxTTSSimpleHtmlParser::wxTTSSimpleHtmlParser() : m_topLevel(nullptr), m_position(0), m_length(0), m_slabs(new TagSlabs)
@@ -62,11 +79,12 @@ bool wxTTSSimpleHtmlParser::ParseString(const wxString& str)
 bool wxTTSSimpleHtmlParser::ParseFile(const wxString& filename, const wxString& encoding)
 {
     wxString text;
-    const bool read = encoding.empty() ? qxReadTextFile(filename, wxConvUTF8, text)
-                                       : qxReadTextFile(filename, wxCSConv(encoding), text);
-    if (read)
-        ParseDocument(text);
-    return read;
+    if (!ReadDocument(filename, encoding, text)) {
+        QX_LOG("Could not read file: %s", filename);
+        return false;
+    }
+    ParseDocument(text);
+    return true;
 }
 
 // Takes the text over without a copy.
@@ -97,10 +115,10 @@ void wxTTSSimpleHtmlParser::Write(wxOutputStream& stream) const
 
 bool wxTTSSimpleHtmlParser::WriteFile(wxString& filename) const
 {
-    wxFileOutputStream stream(filename);
-    if (stream.IsOk())
-        Write(stream);
-    return stream.IsOk();
+    if (WriteQuietly(*this, filename))
+        return true;
+    QX_LOG("Could not write file: %s", filename);
+    return false;
 }
 
 const wchar_t* wxTTSSimpleHtmlParser::Chars() const

@@ -2,6 +2,7 @@
 #ifndef QXSPEECH_SPEECH_TTSHTMLPARSER_H
 #define QXSPEECH_SPEECH_TTSHTMLPARSER_H
 
+#include <new>
 #include <wx/object.h>
 #include <wx/string.h>
 
@@ -67,8 +68,10 @@ public:
 
     // A parser takes its tags from larger pieces of memory; delete fits every tag, whoever made it.
     static void* operator new(size_t bytes);
+    static void* operator new(size_t bytes, const std::nothrow_t&) noexcept;
     static void* operator new(size_t bytes, TagSlabs& slabs);
     static void operator delete(void* memory);
+    static void operator delete(void* memory, const std::nothrow_t&) noexcept;
     static void operator delete(void* memory, TagSlabs& slabs);
 
     // With the case of the document.
@@ -167,8 +170,8 @@ public:
     // Replaces document and tree. Always true.
     bool ParseString(const wxString& str);
     // The encoding is a name that wxCSConv knows; empty means UTF-8. Every kind of line end becomes "\n", one at the
-    // end of the file is lost. False, with the present document and tree kept, for a file that cannot be read or does
-    // not convert from that encoding.
+    // end of the file is lost. False, with a log line and the present document and tree kept, for a file that cannot
+    // be read or does not convert from that encoding.
     bool ParseFile(const wxString& filename, const wxString& encoding);
     // Deletes the tree and empties the document.
     void Clear();
@@ -176,7 +179,7 @@ public:
     wxTTSSimpleHtmlTag* GetTopLevelTag() const { return m_topLevel; }
     // Nothing without a tree; else as the top-level tag writes itself.
     void Write(wxOutputStream& stream) const;
-    // False if the file cannot be opened or written; an empty file without a tree.
+    // False, with a log line, if the file cannot be opened or written; an empty file without a tree.
     bool WriteFile(wxString& filename) const;
 
     // The steps of the scanner, each at the present position. Characters are ints, -1 stands for the end.

@@ -155,12 +155,26 @@ void* wxTTSSimpleHtmlTag::operator new(size_t bytes)
     return AllocateTagMemory(bytes);
 }
 
+void* wxTTSSimpleHtmlTag::operator new(size_t bytes, const std::nothrow_t&) noexcept
+{
+    try {
+        return AllocateTagMemory(bytes);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 void* wxTTSSimpleHtmlTag::operator new(size_t bytes, TagSlabs& slabs)
 {
     return slabs.Allocate(bytes);
 }
 
 void wxTTSSimpleHtmlTag::operator delete(void* memory)
+{
+    FreeTagMemory(memory);
+}
+
+void wxTTSSimpleHtmlTag::operator delete(void* memory, const std::nothrow_t&) noexcept
 {
     FreeTagMemory(memory);
 }

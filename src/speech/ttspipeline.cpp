@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include <wx/convauto.h>
 #include <wx/filefn.h>
 #include <wx/log.h>
 #include <wx/txtstrm.h>
@@ -13,6 +14,7 @@
 #include "speech/qxtexttospeech.h"
 #include "speech/ttsfilework.h"
 #include "speech/ttssubstitution.h"
+#include "speech/ttstextfile.h"
 
 using namespace qxspeech;
 
@@ -134,16 +136,44 @@ private:
     SubstitutionLookup*& m_place;
 };
 
-bool ConvertToBytes(wxTTSTransformer& transformer, const wxString& filename, int options, std::string& bytes)
+bool ConvertToBytes(wxTTSTransformer& transformer, const wxString& source, bool isString, int options,
+                    std::string& bytes)
 {
     BytesOutputStream stream;
     bool converted = false;
     {
         wxTextOutputStream text(stream, wxEOL_NATIVE, wxConvAuto());
-        converted = transformer.ConvertFormat(filename, stream, text, options, false);
+        converted = transformer.ConvertFormat(source, stream, text, options, isString);
     }
     bytes.swap(stream.bytes);
     return converted;
+}
+
+// The lines of a file, none of one that does not hold what its byte-order mark says, and its bytes if they cannot be
+// read again.
+bool ReadSource(const wxString& filename, bool keepBytes, std::string& bytes, wxString& text)
+{
+    const wxLogNull noLog;
+    if (!qxReadBytes(filename, bytes))
+        return false;
+    if (qxDecodeLines(bytes, wxConvAuto(), text))
+        qxDropLastLineEnd(text);
+    if (!keepBytes)
+        bytes = std::string();
+    return true;
+}
+
+// What a conversion would read from a file of those bytes.
+bool DecodeDocument(const std::string& bytes, int options, wxString& document)
+{
+    if (options & kHtmlConversions) {
+        const bool decoded = qxDecodeLines(bytes, wxConvUTF8, document);
+        qxDropLastLineEnd(document);
+        return decoded;
+    }
+    if (qxDecodeLines(bytes, wxConvAuto(), document) && !document.empty() && document.Last() != '\n')
+        document += L'\n';
+    return true;
 }
 
 } // namespace
@@ -194,16 +224,18 @@ bool wxTTSTransformer::TransformFile(const wxString& inputFile, const wxString& 
         CopyTextFile(inputFile, outputFile);
         return true;
     }
-    if (!(options & kLineOptions))
+    const bool isPipe = IsPipe(inputFile);
+    if (!isPipe && !(options & kLineOptions))
         return IsReadable(inputFile) && CopyOrConvert(inputFile, outputFile, options);
     std::string bytes;
     {
+        std::string source;
         wxString text;
-        if (!ReadLines(inputFile, text))
+        if (!ReadSource(inputFile, isPipe, source, text))
             return false;
         if (!TransformLines(text, options, bytes)) {
             text = wxString();
-            return CopyOrConvert(inputFile, outputFile, options);
+            return isPipe ? StorePiped(source, outputFile, options) : CopyOrConvert(inputFile, outputFile, options);
         }
     }
     const bool written =
@@ -236,7 +268,7 @@ bool wxTTSTransformer::TransformLines(const wxString& text, int options, std::st
             anyChanged = true;
             bytes.reserve(characters.size() + characters.size() / 4);
             if (start > 0)
-                AppendLine(bytes, text.substr(0, start - 1));
+                AppendLines(bytes, text.substr(0, start - 1));
         }
         if (anyChanged)
             AppendLine(bytes, line);
@@ -251,7 +283,7 @@ bool wxTTSTransformer::CopyOrConvert(const wxString& inputFile, const wxString& 
         return true;
     }
     std::string bytes;
-    const bool converted = ConvertToBytes(*this, inputFile, options, bytes);
+    const bool converted = ConvertToBytes(*this, inputFile, false, options, bytes);
     if (!IsSameFile(inputFile, outputFile))
         WriteTextFile(outputFile, bytes);
     else if (converted)
@@ -259,21 +291,32 @@ bool wxTTSTransformer::CopyOrConvert(const wxString& inputFile, const wxString& 
     return converted;
 }
 
+bool wxTTSTransformer::StorePiped(const std::string& source, const wxString& outputFile, int options)
+{
+    std::string bytes;
+    if (options & kConversions) {
+        wxString document;
+        if (!DecodeDocument(source, options, document) || !ConvertToBytes(*this, document, true, options, bytes))
+            return false;
+    }
+    WriteTextFile(outputFile, options & kConversions ? bytes : source);
+    return true;
+}
+
 void wxTTSTransformer::ConvertRewritten(const wxString& outputFile, int options)
 {
     const wxString tempFile = QXTextToSpeech::CreateTempFile("speech");
     std::string bytes;
-    const bool converted = ConvertToBytes(*this, outputFile, options, bytes);
+    const bool converted = ConvertToBytes(*this, outputFile, false, options, bytes);
     if (tempFile.empty() || IsSameFile(tempFile, outputFile)) {
         if (converted)
             ReplaceTextFile(outputFile, bytes);
         return;
     }
-    const bool stored = converted && WriteTextFile(tempFile, bytes);
-    if (stored && wxRename(tempFile, outputFile) == 0)
+    if (converted && WriteTextFile(tempFile, bytes) && wxRename(tempFile, outputFile) == 0)
         return;
-    // A file system of its own cannot be renamed from.
-    if (stored)
+    // A file system of its own cannot be renamed from, and some folders take no file.
+    if (converted)
         ReplaceTextFile(outputFile, bytes);
     const wxLogNull noLog;
     wxRemoveFile(tempFile);

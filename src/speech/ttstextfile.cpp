@@ -2,33 +2,12 @@
 // MIT licence.
 #include "speech/ttstextfile.h"
 
-#include <string>
-
 #include <wx/file.h>
 
 namespace
 {
 
 constexpr size_t kBlockBytes = 64 * 1024;
-
-// Some files that can be read have no length beforehand, so that only reading tells the end.
-bool ReadBytes(const wxString& filename, std::string& bytes)
-{
-    wxFile file;
-    if (!file.Open(filename))
-        return false;
-    size_t used = 0;
-    while (true) {
-        bytes.resize(used + kBlockBytes);
-        const ssize_t count = file.Read(&bytes[used], kBlockBytes);
-        if (count < 0)
-            return false;
-        used += static_cast<size_t>(count);
-        bytes.resize(used);
-        if (count == 0)
-            return true;
-    }
-}
 
 // An unknown encoding would otherwise pass every byte as a character of its own.
 bool IsUsable(const wxMBConv& converter)
@@ -50,34 +29,68 @@ bool Convert(const std::string& bytes, const wxMBConv& converter, wxString& text
     return written != wxCONV_FAILED;
 }
 
+void UnifyLineEnds(wxString& text)
+{
+    if (text.find('\r') == wxString::npos)
+        return;
+    std::wstring unified;
+    unified.reserve(text.length());
+    wchar_t before = 0;
+    for (const wchar_t ch : text.ToStdWstring()) {
+        if (ch != L'\n' || before != L'\r')
+            unified += ch == L'\r' ? L'\n' : ch;
+        before = ch;
+    }
+    text = unified;
+}
+
 } // namespace
 
-bool qxReadTextFile(const wxString& filename, const wxMBConv& converter, wxString& text)
+// Some files that can be read have no length beforehand, so that only reading tells the end.
+bool qxReadBytes(const wxString& filename, std::string& bytes)
 {
-    wxString read;
-    {
-        std::string bytes;
-        if (!IsUsable(converter) || !ReadBytes(filename, bytes) || !Convert(bytes, converter, read))
+    wxFile file;
+    if (filename.empty() || !file.Open(filename))
+        return false;
+    size_t used = 0;
+    while (true) {
+        bytes.resize(used + kBlockBytes);
+        const ssize_t count = file.Read(&bytes[used], kBlockBytes);
+        if (count < 0)
             return false;
+        used += static_cast<size_t>(count);
+        bytes.resize(used);
+        if (count == 0)
+            return true;
     }
-    qxJoinLines(read);
-    text.swap(read);
+}
+
+bool qxDecodeLines(const std::string& bytes, const wxMBConv& converter, wxString& text)
+{
+    wxString decoded;
+    if (!IsUsable(converter) || !Convert(bytes, converter, decoded))
+        return false;
+    UnifyLineEnds(decoded);
+    text.swap(decoded);
     return true;
 }
 
-void qxJoinLines(wxString& text)
+bool qxReadLines(const wxString& filename, const wxMBConv& converter, wxString& text)
 {
-    if (text.find('\r') != wxString::npos) {
-        std::wstring joined;
-        joined.reserve(text.length());
-        wchar_t before = 0;
-        for (const wchar_t ch : text.ToStdWstring()) {
-            if (ch != L'\n' || before != L'\r')
-                joined += ch == L'\r' ? L'\n' : ch;
-            before = ch;
-        }
-        text = joined;
-    }
+    std::string bytes;
+    return qxReadBytes(filename, bytes) && qxDecodeLines(bytes, converter, text);
+}
+
+bool qxReadTextFile(const wxString& filename, const wxMBConv& converter, wxString& text)
+{
+    const bool read = qxReadLines(filename, converter, text);
+    if (read)
+        qxDropLastLineEnd(text);
+    return read;
+}
+
+void qxDropLastLineEnd(wxString& text)
+{
     if (!text.empty() && text.Last() == '\n')
         text.RemoveLast();
 }

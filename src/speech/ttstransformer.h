@@ -81,15 +81,17 @@ public:
     // plain copy if nothing is changed and nothing is to be converted. False if the input cannot be opened, or if the
     // conversion of an otherwise unchanged file fails. A rewritten file whose conversion fails stays as it is, not
     // converted, and so does one whose conversion cannot be stored: that is true. So is an output that cannot be
-    // written. Input and output may be the same file.
+    // written. Input and output may be the same file; an input that is a pipe is read once, to its end.
     virtual bool TransformFile(const wxString& inputFile, const wxString& outputFile, int options);
 
     // One line per entry: key, comma, replacement. UTF-8 without byte-order mark, the platform's line ends. False, with
-    // nothing changed, if the file cannot be opened; otherwise "modified" is cleared.
+    // a log line and "modified" as it was, if the file cannot be opened or not be written whole (a full disk), so that
+    // the host can save elsewhere; otherwise "modified" is cleared.
     virtual bool SaveFile(const wxString& filename);
     // Replaces all entries by those of a file and indexes them; "modified" is set. Lines without a key, a comma or a
     // replacement are passed over; blanks belong to key and replacement, and so do further commas to the replacement.
-    // False, with an empty dictionary, if the file cannot be opened.
+    // False, with an empty dictionary, if the file cannot be read or is not in the encoding that its byte-order mark
+    // names.
     virtual bool LoadFile(const wxString& filename);
 
     // The conversions write to textStream alone, in its encoding and with its line ends; the stream is the one below
@@ -152,6 +154,8 @@ private:
     // result true.
     bool TransformLines(const wxString& text, int options, std::string& bytes);
     bool CopyOrConvert(const wxString& inputFile, const wxString& outputFile, int options);
+    // The same with the bytes of a pipe.
+    bool StorePiped(const std::string& source, const wxString& outputFile, int options);
     void ConvertRewritten(const wxString& outputFile, int options);
 
     qxspeech::SubstitutionLookup* m_lookup = nullptr; // lent by TransformFile to its TransformString calls; not owned

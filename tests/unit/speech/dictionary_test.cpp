@@ -156,6 +156,8 @@ TEST(Dictionary, EachChangeSetsBothFlagsAndNothingElseDoes)
         {"load", [](auto& t, auto& file, auto&) { t.LoadFile(file); }, "clean modified", "clean modified"},
         {"load none", [](auto& t, auto&, auto& none) { t.LoadFile(none); }, "dirty modified", "dirty modified"},
         {"save", [](auto& t, auto& file, auto&) { t.SaveFile(file + "x"); }, "clean", "clean"},
+        {"save to a full disk", [](auto& t, auto&, auto&) { EXPECT_FALSE(t.SaveFile("/dev/full")); }, "clean",
+         "clean modified"},
         {"save nowhere", [](auto& t, auto&, auto& none) { t.SaveFile(none); }, "clean", "clean modified"},
     };
     EXPECT_EQ(Flags(wxTTSTransformer()), "dirty");
@@ -257,7 +259,10 @@ TEST(Dictionary, LoadOfWhatCannotBeReadLeavesItEmpty)
 {
     ScratchDir dir;
     const wxLogNull noLog;
-    for (const std::string& path : {dir / "missing", dir.Path(), std::string()}) {
+    Put(dir / "half", std::string("\xFF\xFE"
+                                  "a\0,\0b",
+                                  7));
+    for (const std::string& path : {dir / "missing", dir / "half", dir.Path(), std::string()}) {
         SCOPED_TRACE(path);
         wxTTSTransformer transformer;
         transformer.AddString("old", "x");

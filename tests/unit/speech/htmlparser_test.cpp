@@ -6,12 +6,14 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include <wx/log.h>
 #include <wx/mstream.h>
 
 #include "support/book_html.h"
+#include "support/log_capture.h"
 #include "support/scratch_dir.h"
 
 namespace
@@ -261,7 +263,8 @@ TEST(HtmlParser, PositionsOutsideTheDocumentReadAsItsEnd)
 
 TEST(HtmlTag, AppendingGoesBehindTheLastWhateverWasRelinked)
 {
-    Tag tag("t", wxTTSTagOpen);
+    const std::unique_ptr<Tag> owned(new (std::nothrow) Tag("t", wxTTSTagOpen));
+    Tag& tag = *owned;
     for (const char* const name : {"a", "b", "c"})
         tag.AppendAttribute(name, "1");
     std::unique_ptr<wxTTSSimpleHtmlAttribute> c(tag.GetAttribute(2));
@@ -481,7 +484,7 @@ TEST(HtmlParser, FilesAreReadInTheEncodingAskedFor)
 
 TEST(HtmlParser, FilesThatCannotBeReadOrWrittenAreRefused)
 {
-    const wxLogNull silence;
+    const LogCapture log;
     const ScratchDir scratch;
     wxTTSSimpleHtmlParser parser;
     parser.ParseString("<kept>");
@@ -490,6 +493,11 @@ TEST(HtmlParser, FilesThatCannotBeReadOrWrittenAreRefused)
     EXPECT_EQ(Describe(parser), "o:kept");
     wxString name = Utf8((scratch / "none/out.html").c_str());
     EXPECT_FALSE(parser.WriteFile(name));
+    name = "/dev/full";
+    EXPECT_FALSE(parser.WriteFile(name));
+    ASSERT_EQ(log.records.size(), 4u);
+    for (const LogCapture::Record& record : log.records)
+        EXPECT_TRUE(record.text.StartsWith("Could not ")) << record.text;
 }
 
 TEST(HtmlParser, WriteFileWritesTheTreeAndAnEmptyFileWithoutOne)

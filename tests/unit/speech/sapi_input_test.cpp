@@ -10,6 +10,7 @@
 #include "speech/qxtexttospeech.h"
 #include "speech/texttospeech.h"
 #include "speech/ttstransformer.h"
+#include "support/filled_pipe.h"
 #include "support/scratch_dir.h"
 #include "support/scripted_voice.h"
 
@@ -62,7 +63,11 @@ struct SapiInput : testing::Test {
     std::string SpokenFile(const std::string& bytes, int options = 0)
     {
         std::ofstream(dir / "in", std::ios::binary) << bytes;
-        EXPECT_TRUE(front.SpeakFile(wxString::FromUTF8(dir / "in"), options, ""));
+        return SpokenFileNamed(wxString::FromUTF8(dir / "in"), options);
+    }
+    std::string SpokenFileNamed(const wxString& name, int options = 0)
+    {
+        EXPECT_TRUE(front.SpeakFile(name, options, ""));
         const std::string call = Spoken();
         const size_t blank = call.rfind(' ');
         EXPECT_EQ(fs::path(call.substr(0, blank)).parent_path(), dir / "temp");
@@ -105,6 +110,15 @@ TEST_F(SapiInput, FilesAreConvertedByTheirForm)
         handler->SetProperty("Input format", row.format);
         EXPECT_EQ(SpokenFile(row.given), row.spoken) << row.format << ": " << row.given;
     }
+}
+
+TEST_F(SapiInput, APipeOfTheEnginesOwnFormIsReadOnce)
+{
+    handler->SetProperty("Input format", "Native");
+    EXPECT_EQ(SpokenFileNamed(FilledPipe("<?xml ?><sapi>cat</sapi>").Name()), "<?xml ?><sapi>feline</sapi>\n 14");
+    front.SetTransformer(nullptr);
+    EXPECT_TRUE(front.SpeakFile(FilledPipe("<?xml ?><sapi>cat</sapi>").Name(), 0, ""));
+    EXPECT_EQ(Spoken(), "<?xml ?><sapi>cat</sapi> 10");
 }
 
 TEST_F(SapiInput, StringsGoThroughTheDictionaryAlone)

@@ -16,6 +16,7 @@
 
 #include "speech/qxtexttospeech.h"
 #include "speech/ttstransformer.h"
+#include "support/filled_pipe.h"
 #include "support/log_capture.h"
 #include "support/recording_handler.h"
 #include "support/scratch_dir.h"
@@ -208,6 +209,8 @@ TEST_F(Pipeline, FilesEndAsTheirOptionsSay)
                      "d\0r\0\n\0\xe9\0",
                      10),
          "doctor\n\u00e9\n"},
+        {"no character", 1, std::string("\xFF\xFE\0\0a\0\0\0\n\0\0\0\0\0\x11\0\n\0\0\0d\0\0\0r\0\0\0", 28),
+         "a\n\ndoctor\n"},
         {"UTF-16BE", 1, std::string("\xFE\xFF\0d\0r\0\n\0\xe9", 10), "doctor\n\u00e9\n"},
         {"Latin-1", 1, "dr caf\xe9\n", "doctor caf\u00e9\n"},
         {"NUL characters", 1, std::string("dr\0x\n", 5), std::string("doctor\0x\n", 9)},
@@ -243,6 +246,32 @@ TEST_F(Pipeline, FilesEndAsTheirOptionsSay)
             EXPECT_EQ(FilesLeft(), 0U);
         }
     }
+}
+
+TEST_F(Pipeline, APipeIsReadOnceFromItsFirstCharacter)
+{
+    const struct {
+        int options;
+        const char* given;
+        std::string output;
+    } rows[] = {
+        {0x0, "dr\r\n", "dr\r\n"},
+        {0x1, "cat\r\n", "cat\r\n"},
+        {0x1, "dr\r\n", "doctor\n"},
+        {0x21, "<p>cat</p>", "\ncat\n"},
+        {0x100, "cat\rdr", kSapiHead + "cat\ndr\n" + kSapiTail},
+        {0x101, "dr", kSapiHead + "doctor\n" + kSapiTail},
+        {0x40, "caf\xe9", "(none)"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.options);
+        const FilledPipe pipe(row.given);
+        std::filesystem::remove(dir / "out");
+        EXPECT_EQ(transformer.TransformFile(pipe.Name(), Utf8(dir / "out"), row.options), row.options != 0x40);
+        EXPECT_EQ(Get(dir / "out"), row.output);
+    }
+    EXPECT_TRUE(transformer.LoadFile(FilledPipe("sql,sequel").Name()));
+    EXPECT_EQ(transformer.GetString("sql"), "sequel");
 }
 
 TEST_F(Pipeline, EmptyDictionaryOnNativeInputOnlyCopies)
@@ -363,12 +392,12 @@ TEST_F(Pipeline, AFullDiskDestroysNoOnlyCopy)
     }
 }
 
-TEST_F(Pipeline, TemporaryNamesThatCannotBeUsedLeaveTheText)
+TEST_F(Pipeline, TemporaryNamesThatCannotBeUsedAreNotNeeded)
 {
     Put(dir / "in", "dr");
     tempFolder = dir / "none";
     EXPECT_TRUE(Transform(0x101));
-    EXPECT_EQ(Get(dir / "out"), "doctor\n");
+    EXPECT_EQ(Get(dir / "out"), kSapiHead + "doctor\n" + kSapiTail);
     // A host's function that names the output itself.
     QXTextToSpeech::SetTempFileFunction([](const wxString&) { return Utf8(tempFolder); });
     tempFolder = dir / "out";
