@@ -77,16 +77,18 @@ void TestAuthentication(const Options& options)
     PrintOutput("ok\n");
 }
 
-void SaveText(const Options& options)
+// Both complete the options by what the text says of itself.
+void SaveText(Options options)
 {
     OutputTarget output(options.saveText, OutputTarget::Content::kText);
     const TemporaryFiles files;
     Preparation preparation(options);
-    output.WriteText(std::string(preparation.ForReading(ReadText(options)).utf8_str()));
+    const wxString text = ReadText(options);
+    output.WriteText(std::string(preparation.ForReading(text).utf8_str()));
     output.Commit();
 }
 
-void Say(const Options& options)
+void Say(Options options)
 {
     std::unique_ptr<OutputTarget> output;
     if (options.hasOutput)

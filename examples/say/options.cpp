@@ -1,6 +1,8 @@
 // wxCmdLineParser does the splitting; what the values mean is checked here. MIT licence.
 #include "options.h"
 
+#include <wx/filename.h>
+
 #include "../common/commandline.h"
 #include "exitstatus.h"
 
@@ -15,7 +17,8 @@ const wxCmdLineEntryDesc kEntries[] = {
      wxCMD_LINE_VAL_STRING, 0},
     {wxCMD_LINE_OPTION, "e", "engine", "speak with this engine: sapi (or local), polly, azure, google, or a full id",
      wxCMD_LINE_VAL_STRING, 0},
-    {wxCMD_LINE_OPTION, "v", "voice", "speak with the voice of this id or name", wxCMD_LINE_VAL_STRING, 0},
+    {wxCMD_LINE_OPTION, "v", "voice", "speak with the voice of this id or name, or the first of this language",
+     wxCMD_LINE_VAL_STRING, 0},
     {wxCMD_LINE_SWITCH, "L", "list-voices", "list the engine's voices; of a web engine, those asked for last",
      wxCMD_LINE_VAL_NONE, 0},
     {wxCMD_LINE_OPTION, nullptr, "lang", "only voices of this language (en, en-US); without -v, the first of them",
@@ -34,7 +37,8 @@ const wxCmdLineEntryDesc kEntries[] = {
     {wxCMD_LINE_OPTION, nullptr, "pitch", "pitch, as for --rate", wxCMD_LINE_VAL_STRING, 0},
     {wxCMD_LINE_OPTION, nullptr, "volume", "volume, as for --rate", wxCMD_LINE_VAL_STRING, 0},
     {wxCMD_LINE_OPTION, nullptr, "input",
-     "text, html, ssml or native (the engine's own markup); guessed from a file's name", wxCMD_LINE_VAL_STRING, 0},
+     "text, html, ssml or native (the engine's own markup); guessed from a file's name, without one from its beginning",
+     wxCMD_LINE_VAL_STRING, 0},
     {wxCMD_LINE_OPTION, nullptr, "dict", "replace words by this dictionary's, one line WORD,REPLACEMENT each",
      wxCMD_LINE_VAL_STRING, 0},
     {wxCMD_LINE_SWITCH, nullptr, "no-dict", "use no dictionary, --dict or not", wxCMD_LINE_VAL_NONE, 0},
@@ -102,8 +106,13 @@ void ReadInputForm(const wxCmdLineParser& parser, Options& options)
     options.hasInputForm = parser.Found("input", &name);
     if (options.hasInputForm && !ParseInputForm(name, options.inputForm))
         RefuseUsage("--input " + name + ": it is text, html, ssml or native");
-    if (!options.hasInputForm && options.source == TextSource::kFile)
-        options.inputForm = GuessInputForm(FromBytes(options.file));
+    if (options.hasInputForm)
+        return;
+    const wxString file = FromBytes(options.file);
+    if (options.source == TextSource::kFile)
+        options.inputForm = GuessInputForm(file);
+    options.isFormOpen = options.source == TextSource::kStandardInput ||
+                         (options.source == TextSource::kFile && wxFileName(file).GetExt().empty());
 }
 
 void ReadSource(const wxCmdLineParser& parser, Options& options, bool inputIsTerminal)
@@ -157,8 +166,8 @@ Options Collect(const wxCmdLineParser& parser, bool inputIsTerminal)
     if (!lists)
         ReadSource(parser, options, inputIsTerminal);
     ReadInputForm(parser, options);
-    if (!lists && options.headings && options.inputForm != InputForm::kHtml)
-        RefuseUsage("--headings goes with HTML (--input html)");
+    if (!lists && !options.isFormOpen)
+        RequireHtmlForHeadings(options);
     return options;
 }
 
@@ -176,6 +185,12 @@ const char* const kWebText =
     "SSML goes out as it is; what else there is, is made plain text here.\n";
 
 } // namespace
+
+void RequireHtmlForHeadings(const Options& options)
+{
+    if (options.headings && options.inputForm != InputForm::kHtml)
+        RefuseUsage("--headings goes with HTML (--input html)");
+}
 
 Options ParseOptions(const std::vector<std::string>& arguments, bool inputIsTerminal)
 {

@@ -33,6 +33,7 @@ struct Options {
     bool noDictionary = false;
     bool simplifyPunctuation = false;
     bool headings = false;
+    bool isFormOpen = false;                // neither an option nor a file's name tells the form: the text is to
     InputForm inputForm = InputForm::kText; // also when guessed from the file's extension
     TextSource source = TextSource::kArguments;
     std::string text;       // the arguments joined by blanks, bytes as they were given
@@ -53,6 +54,9 @@ struct Options {
 // The arguments without the program's name, as bytes. Throws Failure (kExitUsage). inputIsTerminal: without any text
 // that is a usage error, otherwise standard input is read.
 Options ParseOptions(const std::vector<std::string>& arguments, bool inputIsTerminal);
+
+// Throws Failure (kExitUsage) for headings of what is no HTML.
+void RequireHtmlForHeadings(const Options& options);
 
 // For --help.
 wxString UsageText();

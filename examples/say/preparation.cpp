@@ -70,15 +70,15 @@ Spoken Preparation::ForSpeech(const wxString& text)
     const InputForm form = FormOf(text);
     if (form == InputForm::kHtml && m_options.hasOutput && text.length() > kLongText)
         return {ForReading(text), false, InputForm::kText, true};
-    if (form == InputForm::kHtml && m_options.headings)
-        return {HtmlToSapi(text), true, InputForm::kNative, true};
     if (form == InputForm::kHtml)
-        return {TemporaryFiles::MakeWith(Utf8(TidyHtml(text))), true, form, false};
+        return {HtmlToSapi(text), true, InputForm::kNative, true};
     if (m_options.simplifyPunctuation && form == InputForm::kNative)
         PrintError("warning: --simplify-punctuation leaves the engine's own markup as it is");
     const bool prepared = SimplifiesHere(form);
     const wxString words = prepared ? SimplifiedText(text) : text;
-    return {form == InputForm::kText ? ProtectPlainText(words) : words, false, form, prepared};
+    if (form == InputForm::kText)
+        return {ProtectPlainText(words), false, form, prepared};
+    return {form == InputForm::kNative ? DeclareXml(words) : words, false, form, prepared};
 }
 
 Spoken Preparation::ForWebEngine(const wxString& text)
@@ -108,22 +108,26 @@ wxString Preparation::ForReading(const wxString& text)
     return words.EndsWith("\n") ? words : words + "\n";
 }
 
+// The dictionary's words are replaced in the text, where the names of tags are none of them.
 wxString Preparation::HtmlToSapi(const wxString& html)
 {
+    const auto replaceWords = [this](const std::wstring& words) {
+        wxString replaced;
+        m_transformer.TransformString(words, replaced, 0);
+        return replaced.ToStdWstring();
+    };
+    const wxString tidy = TidyHtml(html, m_options.noDictionary ? WordFilter() : replaceWords);
     const int headings = m_options.headings ? wxTTS_TRANSFORM_SPEAK_HEADINGS : 0;
-    return Transform(TidyHtml(html), wxTTS_TRANSFORM_HTML_TO_SAPI | wxTTS_TRANSFORM_SPEAK_LIST_NUMBERS | headings);
+    return Transform(tidy, wxTTS_TRANSFORM_HTML_TO_SAPI | wxTTS_TRANSFORM_SPEAK_LIST_NUMBERS | headings);
 }
 
 wxString Preparation::SimplifiedText(const wxString& text)
 {
-    return ReadBack(Transform(text, 0));
+    return ReadBack(Transform(text, m_options.noDictionary ? 0 : wxTTS_TRANSFORM_SUBSTITUTE));
 }
 
-wxString Preparation::Transform(const wxString& text, int conversion)
+wxString Preparation::Transform(const wxString& text, int options)
 {
-    int options = conversion;
-    if (!m_options.noDictionary)
-        options |= wxTTS_TRANSFORM_SUBSTITUTE;
     if (m_options.simplifyPunctuation)
         options |= wxTTS_TRANSFORM_SIMPLIFY_PUNCTUATION;
     const wxString input = TemporaryFiles::MakeWith(Utf8(text));

@@ -23,8 +23,8 @@ struct Spoken {
 //   input                    spoken as
 //   text, SSML, native       string; the engine's transformer applies the dictionary
 //   text, SSML, simplified   string, transformed here: the engine simplifies only files
-//   HTML                     file; the engine converts it
-//   HTML with headings       file of SAPI XML, converted here: the engine announces none
+//   HTML                     file of SAPI XML, converted here: the engine announces no headings, and takes the names of
+//                            tags for words of the dictionary
 //   long HTML, to a file     string of plain text, prepared here: it can be cut into pieces
 //
 // Engines on the network prepare nothing themselves:
@@ -55,8 +55,8 @@ private:
     bool SimplifiesHere(InputForm form) const;
     wxString HtmlToSapi(const wxString& html);
     wxString SimplifiedText(const wxString& text);
-    // The name of the transformed file.
-    wxString Transform(const wxString& text, int conversion);
+    // The name of the transformed file; punctuation is simplified if that was asked for.
+    wxString Transform(const wxString& text, int options);
 
     const Options& m_options;
     wxTTSTransformer m_transformer;

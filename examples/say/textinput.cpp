@@ -12,6 +12,7 @@
 #include "../common/interrupt.h"
 #include "exitstatus.h"
 #include "htmltext.h"
+#include "speech/tts.h"
 
 namespace say
 {
@@ -202,16 +203,27 @@ wxString ProtectPlainText(const wxString& text)
     return text.StartsWith("<") ? " " + text : text;
 }
 
-wxString ReadText(const Options& options)
+wxString DeclareXml(const wxString& text)
+{
+    return wxTextToSpeech::IsXmlString(text) ? text : "<?xml version=\"1.0\"?>" + text;
+}
+
+wxString ReadText(Options& options)
 {
     wxString name;
     wxString text;
     wxString reason;
-    const auto decode = options.inputForm == InputForm::kHtml ? &DecodeHtml : &DecodeText;
-    if (!decode(ReadSource(options, name), text, reason))
+    const std::string bytes = ReadSource(options, name);
+    bool isText = DecodeText(bytes, text, reason);
+    if (isText && options.isFormOpen)
+        options.inputForm = FindInputForm(text);
+    if (options.inputForm == InputForm::kHtml)
+        isText = DecodeHtml(bytes, text, reason);
+    if (!isText)
         throw Failure{kExitFile, name + ": " + reason};
     if (text.Strip(wxString::both).empty())
         throw Failure{kExitUsage, "nothing to say: the text is empty"};
+    RequireHtmlForHeadings(options);
     return text;
 }
 

@@ -19,13 +19,16 @@ bool DecodeHtml(const std::string& bytes, wxString& text, wxString& reason);
 
 // The local engine takes a string whose first character is "<" for markup; behind a blank it is text.
 wxString ProtectPlainText(const wxString& text);
+// It takes a string for its own markup only with an XML declaration; one is put in front where there is none.
+wxString DeclareXml(const wxString& text);
 
 // The bytes of a file. Throws Failure: kExitFile if it cannot be read, kExitInterrupted as below.
 std::string ReadFile(const std::string& path);
 
-// The whole text, decoded. Throws Failure: kExitFile if it cannot be read or is binary, kExitUsage if there is nothing
-// but white space, kExitInterrupted if the program is to end while it waits for input.
-wxString ReadText(const Options& options);
+// The whole text, decoded; its form is found out if the options left it open. Throws Failure: kExitFile if it cannot be
+// read or is binary, kExitUsage if there is nothing but white space or an option does not go with the form,
+// kExitInterrupted if the program is to end while it waits for input.
+wxString ReadText(Options& options);
 
 } // namespace say
 

@@ -39,8 +39,8 @@ struct ExtensionForm {
 };
 
 const ExtensionForm kExtensionForms[] = {
-    {"html", InputForm::kHtml}, {"htm", InputForm::kHtml},   {"xhtml", InputForm::kHtml},
-    {"ssml", InputForm::kSsml}, {"xml", InputForm::kNative},
+    {"html", InputForm::kHtml},  {"htm", InputForm::kHtml},  {"xhtml", InputForm::kHtml}, {"xht", InputForm::kHtml},
+    {"shtml", InputForm::kHtml}, {"ssml", InputForm::kSsml}, {"xml", InputForm::kNative},
 };
 
 bool SameLanguageCharacter(wxUniChar a, wxUniChar b)

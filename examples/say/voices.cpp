@@ -76,6 +76,9 @@ const QXTTSVoiceInfo* FindVoice(const std::vector<QXTTSVoiceInfo>& voices, const
         for (const QXTTSVoiceInfo& voice : voices)
             if (voice.GetId().IsSameAs(name, withCase) || voice.GetName().IsSameAs(name, withCase))
                 return &voice;
+    for (const QXTTSVoiceInfo& voice : voices)
+        if (LanguageMatches(voice.GetLangCode(), name))
+            return &voice;
     return nullptr;
 }
 

@@ -20,7 +20,8 @@ wxString VoiceListText(const std::vector<QXTTSVoiceInfo>& voices);
 // One array, also for no voices.
 wxString VoiceListJson(const std::vector<QXTTSVoiceInfo>& voices);
 
-// The voice of that id or name, with case first, then without; null if there is none. Points into the vector.
+// The voice of that id or name, with case first, then without, else the first of that language; null if there is none.
+// Points into the vector.
 const QXTTSVoiceInfo* FindVoice(const std::vector<QXTTSVoiceInfo>& voices, const wxString& name);
 // The first of exactly that language, else of its first part ("en" of "en-GB"), else of all; null if there are none.
 const QXTTSVoiceInfo* FirstVoice(const std::vector<QXTTSVoiceInfo>& voices, const wxString& language);

@@ -90,7 +90,8 @@ QXTTSVoiceInfo VoiceSource::Choose()
         return *voice;
     if (m_options.voice.empty())
         throw Failure{kExitUsage, "no voice for language " + m_options.language + "; -L lists the voices"};
-    throw Failure{kExitUsage, "no voice \"" + m_options.voice + "\"; -L lists the voices"};
+    throw Failure{kExitUsage,
+                  "no voice \"" + m_options.voice + "\"; -L lists the voices, -L --lang de those of a language"};
 }
 
 } // namespace say

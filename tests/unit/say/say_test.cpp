@@ -84,7 +84,8 @@ TEST(SayInput, FormFollowsTheExtensionOfTheFile)
     } rows[] = {
         {"a.txt", InputForm::kText},      {"a", InputForm::kText},     {"dir.html/a", InputForm::kText},
         {"a.HTML", InputForm::kHtml},     {"a.htm", InputForm::kHtml}, {"a.b.ssml", InputForm::kSsml},
-        {"/x/a.xml", InputForm::kNative}, {".html", InputForm::kText},
+        {"/x/a.xml", InputForm::kNative}, {".html", InputForm::kText}, {"a.xht", InputForm::kHtml},
+        {"a.shtml", InputForm::kHtml},
     };
     for (const auto& row : rows)
         EXPECT_EQ(say::GuessInputForm(row.file), row.form) << row.file;
@@ -196,33 +197,86 @@ TEST(SayHtml, MarkupIsTagsCommentsAndEntities)
         EXPECT_EQ(say::HasMarkup(text), wxString(text) == "Q&A; more") << text;
 }
 
-TEST(SayHtml, StraySignsBecomeEntitiesAndProgramTextGoes)
+TEST(SayHtml, EveryBlockIsAParagraphWhetherClosedOrNot)
+{
+    for (const char* name :
+         {"address", "article", "aside",   "blockquote", "body",     "button",     "caption", "dd",
+          "details", "div",     "dl",      "dt",         "fieldset", "figcaption", "figure",  "footer",
+          "form",    "h6",      "header",  "legend",     "main",     "nav",        "option",  "p",
+          "section", "select",  "summary", "table",      "tbody",    "tr",         "LI",      "Pre"}) {
+        const wxString open = wxString("<") + name + " class='a>b'>";
+        const wxString close = wxString("</") + name + " >";
+        const wxString item = wxString(name) == "LI" ? "<p><li>" : "<p>";
+        EXPECT_EQ(say::TidyHtml(open + "One" + close + "\n" + open + "Two" + close + "end"),
+                  item + "One</p>" + item + "Two</p><p>end</p>");
+        EXPECT_EQ(say::TidyHtml("begin" + open + "One" + open + "Two"),
+                  "<p>begin</p>" + item + "One</p>" + item + "Two</p>");
+    }
+}
+
+TEST(SayHtml, WordsStayApartAndNothingButWordsIsLeft)
 {
     const struct {
         const char* html;
-        const char* escaped;
+        const char* tidy;
     } rows[] = {
-        {"<b>Fish</b> & chips; <i>x</i>", "<b>Fish</b> &amp; chips; <i>x</i>"},
-        {"<p>1 < 2 &lt; 3</p>", "<p>1 &lt; 2 &lt; 3</p>"},
-        {"<p>open <end", "<p>open &lt;end"},
-        {"&apos;tis &", "&#39;tis &amp;"},
-        {"<!DOCTYPE x><?y?>", "<!DOCTYPE x><?y?>"},
-        {"a<SCRIPT>if (x<y) \"</p>\"</Script >b<style>c{}</style>d", "abd"},
-        {"a<scripture>b</scripture>", "a<scripture>b</scripture>"},
-        {"a<script>never closed <b>x</b>", "a"},
-        {"<b>x</b> <i>y</i>\nz <u>w</u>", "<b>x</b>&nbsp;<i>y</i> z <u>w</u>"},
-        {"<p>\n<b>x</b>\n</p> \n<p>y", "<p>\n<b>x</b>\n</p> \n<p>y"},
-        {"<ul><li>a<LI class=x>b</ul><link>", "<ul><li>a<br><LI class=x>b</ul><link>"},
+        {"<b>Fish</b> & chips; <i>x</i>", "<p>Fish &#38; chips; x</p>"},
+        {"<p>1 < 2 &lt; 3</p>", "<p>1 &#60; 2 &#60; 3</p>"},
+        {"<p>open <end", "<p>open &#60;end</p>"},
+        {"&apos;tis & &AMP; &bogus; &copy2 &#x80;&#0;&#150;",
+         "<p>'tis &#38; &#38; &#38;bogus; \u00A92 \u20AC \u2013</p>"},
+        {"in&shy;to&nbsp; a<wbr>b", "<p>into ab</p>"},
+        {"<!DOCTYPE x><?y?><title>T <b></title>a<!-- <p> -->b<!-->c<![CDATA[ <d> ]]>e", "<p>abc &#60;d&#62; e</p>"},
+        {"a<SCRIPT>if (x<y) \"</p>\"</Script >b<style>c{}</style>d<script src=x />e", "<p>a b d e</p>"},
+        {"a<scripture>b</scripture>", "<p>ab</p>"},
+        {"a<script>never closed <b>x</b>", "<p>a</p>"},
+        {"<a x=\"unclosed>b</a> c <!-- d <title>e", "<p>b c e</p>"},
+        {"<a title='x>y' b=\">\" c=it's>d</a><textarea><b>&amp;</textarea>", "<p>d &#60;b&#62;&#38;</p>"},
+        {"<b>x</b>\n<i>y</i> <br/>z<img>w<br><br>v<hr>u", "<p>x y,<br>z w</p><p>v</p><p>u</p>"},
+        {"<tr><td>12<td>34.</td> <th>56</th><tr><td></td><td>7", "<p>12, 34. 56</p><p>7</p>"},
+        {"<pre>a\n b\n\nc</pre>", "<p>a<br>b</p><p>c</p>"},
+        {"<h1><div>A<br>b</div></h1><h2>C<p>d", "<h1>A,<br>b</h1><h2>C</h2><p>d</p>"},
+        {"<ol><li>a<ol><li>b</ol>c<li><li><p>d</ol><menu><li>e",
+         "<ol><p><li>a</p><ol><p><li>b</p></ol><p>c</p><p><li></p><p><li>d</p></ol><ul><p><li>e</p>"},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(say::TidyHtml(row.html), row.escaped);
+        EXPECT_EQ(say::TidyHtml(row.html), wxString::FromUTF8(row.tidy));
+}
+
+TEST(SayInput, BeginningTellsTheFormWhereNoNameDoes)
+{
+    const struct {
+        const char* text;
+        InputForm form;
+    } rows[] = {
+        {" \n<!doctype HTML>x", InputForm::kHtml},
+        {"<!-- x --><html>", InputForm::kHtml},
+        {"<?xml version='1.0'?><html xmlns='x'>", InputForm::kHtml},
+        {"<p>x", InputForm::kHtml},
+        {"<?xml version='1.0'?>\n<speak>x</speak>", InputForm::kSsml},
+        {"<speak version='1.0'>x</speak>", InputForm::kSsml},
+        {"<?xml version='1.0'?><x>", InputForm::kNative},
+        {"<sapi>x</sapi>", InputForm::kNative},
+        {"<x@example.org> wrote", InputForm::kText},
+        {"a <p>", InputForm::kText},
+        {"< 3", InputForm::kText},
+        {"", InputForm::kText},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(say::FindInputForm(row.text), row.form) << row.text;
+    for (const std::vector<std::string>& open : std::vector<std::vector<std::string>>{{"-"}, {"-f", "/dev/fd/5"}})
+        EXPECT_TRUE(Parse(open).isFormOpen);
+    for (const std::vector<std::string>& told :
+         std::vector<std::vector<std::string>>{{"<p>"}, {"-f", "a.txt"}, {"-", "--input", "text"}})
+        EXPECT_FALSE(Parse(told).isFormOpen);
+    EXPECT_EQ(say::DeclareXml("<sapi>x"), "<?xml version=\"1.0\"?><sapi>x");
 }
 
 TEST(SayHtml, TextOfTheConversionIsWithoutEnvelopeAndEntities)
 {
     wxString text;
-    EXPECT_TRUE(say::TextOfSapi("<?xml ?>\n<sapi>\n\nA &amp;lt; b\n\n</sapi>\n", text));
-    EXPECT_EQ(text, "A &lt; b");
+    EXPECT_TRUE(say::TextOfSapi("<?xml ?>\n<sapi>\n\nA &amp;lt;\n\n\n\nb\n\n</sapi>\n", text));
+    EXPECT_EQ(text, "A &lt;\n\nb");
     EXPECT_FALSE(say::TextOfSapi("<?xml ?>\n<sapi>\nHalf a fi", text));
 }
 

@@ -390,6 +390,7 @@ TEST(SayVoices, FirstOneFollowsTheLanguageAndANameIsFoundByItsCase)
     EXPECT_EQ(say::FindVoice(voices, "ann")->GetName(), "B");
     EXPECT_EQ(say::FindVoice(voices, "ANN")->GetName(), "A");
     EXPECT_EQ(say::FindVoice(voices, "Z")->GetId(), "z");
+    EXPECT_EQ(say::FindVoice(voices, "EN")->GetId(), "Ann") << "a language";
     EXPECT_EQ(say::FindVoice(voices, "An"), nullptr);
 }
 
