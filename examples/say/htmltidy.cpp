@@ -39,7 +39,7 @@ Element FindElement(const std::wstring& name)
     return Element::Inline;
 }
 
-bool IsBlank(wchar_t c)
+bool IsSpokenBlank(wchar_t c)
 {
     return c == L' ' || (c >= L'\t' && c <= L'\r') || c == L'\u00A0';
 }
@@ -100,7 +100,7 @@ void Tidier::AddText(const std::wstring& text)
     for (const wchar_t c : text) {
         if (c == L'\n' && m_preformatted > 0)
             AddLine(Gap::PlainLine);
-        else if (IsBlank(c))
+        else if (IsSpokenBlank(c))
             Widen(Gap::Blank);
         else if (c != L'\u00AD') { // a place where a word may be cut, no character of it
             WriteGap();

@@ -25,7 +25,7 @@ bool IsDigit(wchar_t c)
     return c >= L'0' && c <= L'9';
 }
 
-bool IsBlank(wchar_t c)
+bool IsMarkupBlank(wchar_t c)
 {
     return c == L' ' || c == L'\t' || c == L'\n' || c == L'\r' || c == L'\f';
 }
@@ -37,7 +37,7 @@ wchar_t Lower(wchar_t c)
 
 bool IsNameEnd(wchar_t c)
 {
-    return IsBlank(c) || c == L'/' || c == L'>';
+    return IsMarkupBlank(c) || c == L'/' || c == L'>';
 }
 
 // The name of the tag whose name begins here, in lower case.
@@ -236,7 +236,7 @@ size_t HtmlTokens::FindTagEnd(size_t at)
             }
             at = close;
         }
-        before = IsBlank(c) ? before : c;
+        before = IsMarkupBlank(c) ? before : c;
     }
     if (at < m_text.size())
         return at;

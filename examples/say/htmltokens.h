@@ -17,9 +17,8 @@ struct HtmlToken {
 
 // One forward pass, in time by the length of the document, which outlives this object. Comments, declarations,
 // attributes and the text of scripts, styles, frames and titles are passed over. A "<" that begins no tag is text, and
-// so is an
-// "&" that begins no entity. Where an end is missing (of a quote, a comment, a title) the next ">" does, so that no
-// slip of the author's makes the rest of a document vanish; a script that is never closed reaches to the end.
+// so is an "&" that begins no entity. Where an end is missing (of a quote, a comment, a title) the next ">" does, so
+// that no slip of the author's makes the rest of a document vanish; a script that is never closed reaches to the end.
 class HtmlTokens
 {
 public:

@@ -50,7 +50,8 @@ public:
     const CloudPeer& GetPeer() const;
 
     // The three read the body, once; they block until it is in and throw CloudFailure if it breaks off, if no byte
-    // comes for 30 s or fewer than 1 KB in 60 s. Time that a file takes does not count.
+    // comes for 30 s or fewer than 1 KB in 60 s. A slow file does not count; one that takes nothing for 30 s does,
+    // since the service is held up meanwhile.
     //
     // Writes it into the file, replacing what is there. Throws also if the file cannot be opened or written; the file
     // then stays cut short.
