@@ -21,6 +21,28 @@ extern "C" {
 #include "mediakit/devicemanagerimpl.h"
 #include "platform/posix/devicenotices.h"
 
+// First: opening a device makes the process's own manager, whose thread would be told of these devices, too, and log.
+// wxWidgets keeps a few bytes for a thread that has logged and still runs at exit.
+TEST(ServerGone, NoticesComeBackWithANewServer)
+{
+    PulseSink sink;
+    if (!sink.Ok() && !std::getenv("QXSPEECH_NO_SKIP"))
+        GTEST_SKIP() << sink.Why();
+    ASSERT_TRUE(sink.Ok()) << sink.Why();
+    std::promise<std::string> added;
+    qxplatform::DeviceNotices notices([&](const qxplatform::DeviceNotice& notice) {
+        if (notice.kind == qxplatform::DeviceNotice::Added)
+            added.set_value(notice.id);
+    });
+    ASSERT_TRUE(notices.Start());
+    sink.Kill();
+    std::ofstream(sink.FileInDir("pulse.pa"), std::ios::app) << "load-module module-null-sink sink_name=second\n";
+    ASSERT_TRUE(sink.Restart());
+    std::future<std::string> id = added.get_future();
+    ASSERT_EQ(id.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    EXPECT_EQ(id.get(), "PulseAudio:second") << "the first one is no news";
+}
+
 TEST(ServerGone, WritingFailsAndEverythingStillCloses)
 {
     auto sink = std::make_unique<PulseSink>();
@@ -50,26 +72,6 @@ TEST(ServerGone, WritingFailsAndEverythingStillCloses)
     EXPECT_TRUE(display.StopStream());
     EXPECT_TRUE(display.Close());
     Pa_Terminate();
-}
-
-TEST(ServerGone, NoticesComeBackWithANewServer)
-{
-    PulseSink sink;
-    if (!sink.Ok() && !std::getenv("QXSPEECH_NO_SKIP"))
-        GTEST_SKIP() << sink.Why();
-    ASSERT_TRUE(sink.Ok()) << sink.Why();
-    std::promise<std::string> added;
-    qxplatform::DeviceNotices notices([&](const qxplatform::DeviceNotice& notice) {
-        if (notice.kind == qxplatform::DeviceNotice::Added)
-            added.set_value(notice.id);
-    });
-    ASSERT_TRUE(notices.Start());
-    sink.Kill();
-    std::ofstream(sink.FileInDir("pulse.pa"), std::ios::app) << "load-module module-null-sink sink_name=second\n";
-    ASSERT_TRUE(sink.Restart());
-    std::future<std::string> id = added.get_future();
-    ASSERT_EQ(id.wait_for(std::chrono::seconds(20)), std::future_status::ready);
-    EXPECT_EQ(id.get(), "PulseAudio:second") << "the first one is no news";
 }
 
 TEST(NoServer, NoticesStayOffAndTheManagerWorks)
