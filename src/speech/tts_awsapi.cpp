@@ -232,14 +232,12 @@ bool wxTTSAWSHandler::DoSpeak(const wxString& text, bool isFile, int options, co
     m_options = options;
     AWSSpeechParams params;
     params.Text = text;
-    if (isFile && !qxspeech::ReadSpeechFile(text, params.Text)) {
-        Fail(wxGetTranslation(qxspeech::kCannotReadFile));
-        return SetFailure(wxTTS_FAILURE_TEXT, m_lastError);
-    }
+    if (isFile && !qxspeech::ReadSpeechFile(text, params.Text))
+        return Fail(wxTTS_FAILURE_TEXT, wxGetTranslation(qxspeech::kCannotReadFile));
     m_ownFile = outputFile.empty() ? QXTempFileMan::CreateTempFile("mp3") : wxString();
     const wxString target = outputFile.empty() ? m_ownFile : outputFile;
     if (target.empty())
-        return SetFailure(wxTTS_FAILURE_STORAGE, _("No temporary file can be made."));
+        return Fail(wxTTS_FAILURE_STORAGE, _("No temporary file can be made."));
     const QXTTSVoiceInfo voice = GetVoice();
     params.Engine = voice.GetEngine();
     params.LanguageCode = voice.GetLangCode();
@@ -289,8 +287,10 @@ bool wxTTSAWSHandler::Refuse(CloudResponse& response)
     const wxString body = response.ReadRefusal();
     QX_LOG("%s", body);
     const wxTTSFailure failure = RefusalFailure(response, ServiceMessage(body), CategoryOf(type));
-    m_lastError = IsRedirect(response) ? failure.message : ErrorTypeToMessage(type);
-    return SetFailure(failure);
+    Fail(failure);
+    if (!IsRedirect(response) && !type.empty())
+        m_lastError = ErrorTypeToMessage(type);
+    return false;
 }
 
 bool wxTTSAWSHandler::GetSpeech(const AWSSpeechParams& params, const wxString& path)

@@ -27,8 +27,8 @@ struct AWSSpeechParams {
 // from QXTextToSpeech at each request.
 //
 // Needs a voice of its list. "Input format" SSML is sent as such, everything else as plain text, HTML too. The rates
-// (0 to 9) are kept but not applied. A refusal's reason is the last error, translated where the service's error is
-// known.
+// (0 to 9) are kept but not applied. A refusal's reason is the last error: translated where the service's error is
+// known, else its name, or a sentence about the answer where it names none.
 class QXSPEECH_API wxTTSAWSHandler : public wxTTSHandler
 {
     wxDECLARE_DYNAMIC_CLASS(wxTTSAWSHandler);
@@ -54,7 +54,7 @@ public:
     bool Stop() override;
     bool Pause() override;
     bool Resume() override;
-    // True, without effect.
+    // True, but the speech goes on where it is.
     bool Skip(int count, wxTTSSkipType type) override;
     bool HasCapability(wxTTSCapability capability) const override;
 

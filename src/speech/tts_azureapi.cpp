@@ -123,10 +123,8 @@ bool wxTTSAzureHandler::SpeakFile(const wxString& filename, int options, const w
 {
     BeginSpeech();
     wxString text;
-    if (!qxspeech::ReadSpeechFile(filename, text)) {
-        Fail(wxGetTranslation(qxspeech::kCannotReadFile));
-        return SetFailure(wxTTS_FAILURE_TEXT, m_lastError);
-    }
+    if (!qxspeech::ReadSpeechFile(filename, text))
+        return Fail(wxTTS_FAILURE_TEXT, wxGetTranslation(qxspeech::kCannotReadFile));
     return Speak(text, options, outputFile);
 }
 
@@ -194,7 +192,7 @@ bool wxTTSAzureHandler::MakeSsmlBody(wxString& body)
     if (result == qxspeech::SsmlResult::kOk)
         return true;
     if (result == qxspeech::SsmlResult::kUnsaved)
-        return SetFailure(wxTTS_FAILURE_TEXT, _("The SSML cannot be written."));
+        return Fail(wxTTS_FAILURE_TEXT, _("The SSML cannot be written."));
     QX_LOG("Invalid SSML format.");
     Fail(_("Invalid SSML format."));
     return SetFailure(wxTTS_FAILURE_TEXT, result == qxspeech::SsmlResult::kEntities
@@ -202,16 +200,17 @@ bool wxTTSAzureHandler::MakeSsmlBody(wxString& body)
                                               : m_lastError);
 }
 
-// A service that says nothing leaves the last error as it was.
+// A service that says nothing is told by the failure's own sentence, and in the log by the failure's line alone.
 bool wxTTSAzureHandler::Refuse(CloudResponse& response)
 {
     const wxString told = RefusalOf(response);
     const wxTTSFailure failure = RefusalFailure(response, told);
+    Fail(failure);
     if (IsRedirect(response))
         TellRefusal(failure.message);
     else if (!told.empty())
         TellRefusal(wxGetTranslation(told));
-    return SetFailure(failure);
+    return false;
 }
 
 void wxTTSAzureHandler::TellRefusal(const wxString& message)
@@ -224,8 +223,7 @@ wxString wxTTSAzureHandler::RequestAccessToken(const wxString& region, const wxS
 {
     if (region.empty() || key.empty()) {
         QX_LOG("Invalid Microsoft Azure Region or Key.");
-        Fail(_("Invalid Microsoft Azure Region or Key."));
-        SetFailure(wxTTS_FAILURE_KEY, m_lastError);
+        Fail(wxTTS_FAILURE_KEY, _("Invalid Microsoft Azure Region or Key."));
         return wxString();
     }
     try {
@@ -245,7 +243,7 @@ wxString wxTTSAzureHandler::RequestAccessToken(const wxString& region, const wxS
         const wxString token = response.ReadText(qxspeech::kShortTextLimit, IsLabelledToken(response));
         const bool isToken = !token.empty() && !wxJSONDocument().Parse(token).IsValid();
         if (!isToken)
-            SetFailure(qxspeech::UnreadableFailure(response.GetPeer()));
+            Fail(qxspeech::UnreadableFailure(response.GetPeer()));
         if (!isToken && !token.empty())
             return wxString();
         *expiry = static_cast<std::uint32_t>(qxspeech::TimeSource::Get().TickMs() + kTokenLifetimeMs);
@@ -277,7 +275,10 @@ bool wxTTSAzureHandler::RenewTokenIfExpired()
 {
     if (IsTokenExpired())
         RenewAccessToken();
-    return !IsTokenExpired();
+    if (!IsTokenExpired())
+        return true;
+    // The end of a new token's life may lie behind the wrap of the tick counter.
+    return m_record->accessToken.empty() ? false : Fail(wxTTS_FAILURE_OTHER, _("The access token has expired."));
 }
 
 bool wxTTSAzureHandler::TestAuthentication(const QXTTSAuthInfo& authInfo)

@@ -121,10 +121,8 @@ bool wxTTSGoogleHandler::SpeakFile(const wxString& filename, int options, const 
 {
     BeginSpeech();
     wxString text;
-    if (!qxspeech::ReadSpeechFile(filename, text)) {
-        Fail(wxGetTranslation(qxspeech::kCannotReadFile));
-        return SetFailure(wxTTS_FAILURE_TEXT, m_lastError);
-    }
+    if (!qxspeech::ReadSpeechFile(filename, text))
+        return Fail(wxTTS_FAILURE_TEXT, wxGetTranslation(qxspeech::kCannotReadFile));
     return Speak(text, options, outputFile);
 }
 
@@ -141,15 +139,13 @@ bool wxTTSGoogleHandler::PlayWavFile(const wxString&, bool, int, const wxString&
     return true;
 }
 
-// The service's message becomes the last error; false, which leaves that alone, if there is none.
+// The service's message becomes the last error; false, with the failure's own sentence there, if there is none.
 bool wxTTSGoogleHandler::TakeRefusal(CloudResponse& response)
 {
     const wxString message = ParseErrorMessage(response.ReadRefusal());
     const wxTTSFailure failure = RefusalFailure(response, message);
-    SetFailure(failure);
-    if (IsRedirect(response))
-        m_lastError = failure.message;
-    else if (!message.empty())
+    Fail(failure);
+    if (!IsRedirect(response) && !message.empty())
         m_lastError = GoogleErrorToMessage(response.GetStatus(), message);
     return IsRedirect(response) || !message.empty();
 }
@@ -180,7 +176,7 @@ bool wxTTSGoogleHandler::GenerateWavFile(const wxString& path)
         const wxJSONValue answer = wxJSONDocument().Parse(body);
         if (!answer.IsValid()) {
             QX_LOG("Failed requests Google Cloud Text-to-Speech");
-            return SetFailure(qxspeech::UnreadableFailure(response.GetPeer()));
+            return Fail(qxspeech::UnreadableFailure(response.GetPeer()));
         }
         TakeAudio(qxspeech::Member(answer, "audioContent"), path);
         return true;
@@ -207,17 +203,16 @@ void wxTTSGoogleHandler::TakeAudio(const wxJSONValue& audioContent, const wxStri
 
 bool wxTTSGoogleHandler::TestAuthentication(const QXTTSAuthInfo& authInfo)
 {
-    if (authInfo.googleApiKey.empty()) {
-        Fail(_("Invalid API Key"));
-        return SetFailure(wxTTS_FAILURE_KEY, m_lastError);
-    }
+    if (authInfo.googleApiKey.empty())
+        return Fail(wxTTS_FAILURE_KEY, _("Invalid API Key"));
     try {
         CloudResponse response =
             qxspeech::SendCloudRequest(SynthesisRequest(authInfo.googleApiKey, qxspeech::GoogleTestBody()));
         if (response.IsOk())
             return true;
-        if (!TakeRefusal(response))
-            m_lastError = GoogleErrorToMessage(response.GetStatus(), wxString());
+        const wxString byStatus = GoogleErrorToMessage(response.GetStatus(), wxString());
+        if (!TakeRefusal(response) && !byStatus.empty())
+            m_lastError = byStatus;
         QX_LOG("Google Text-to-Speech message: %s", m_lastError);
         return false;
     } catch (const std::exception& failure) {

@@ -40,7 +40,7 @@ public:
     bool Stop() override;
     bool Pause() override;
     bool Resume() override;
-    // True, without effect.
+    // True, but the speech goes on where it is.
     bool Skip(int count, wxTTSSkipType type) override;
     bool HasCapability(wxTTSCapability capability) const override;
 

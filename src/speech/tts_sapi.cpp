@@ -103,6 +103,7 @@ struct QXSPEECH_HIDDEN wxTTSSapiHandler::Engine {
 
     wxTTSSapiHandler* const owner; // has this object
     ISpVoice* voice = nullptr;     // owned; null until Initialize succeeds
+    bool systemMissing = false;    // as the last Initialize found it
     Output* output = nullptr;      // owned; present while speech goes to a file
     bool writingToFile = false;
     wxString boundFile;    // where the last speech goes, also when the handler has let go of it; empty: the device
@@ -166,8 +167,9 @@ bool wxTTSSapiHandler::Initialize()
     if (m_initialized)
         return true;
     CoInitialize(nullptr);
-    if (FAILED(qxCreateInstance(CLSID_SpVoice, IID_ISpVoice, &m_engine->voice)))
-        return false;
+    m_engine->systemMissing = FAILED(qxCreateInstance(CLSID_SpVoice, IID_ISpVoice, &m_engine->voice));
+    if (m_engine->systemMissing)
+        return RefuseWithoutVoice();
     m_initialized = true;
     m_engine->lastVoiceName.clear(); // nothing was set on this voice yet
     ISpVoice* const voice = m_engine->voice;
@@ -254,7 +256,7 @@ bool wxTTSSapiHandler::DoSpeak(const wxString& text, bool isFile, int options, c
         Stop();
     ClearFailure();
     if (!m_engine->voice)
-        return SetFailure(wxTTS_FAILURE_OTHER, _("The speech system is not available."));
+        return RefuseWithoutVoice();
     DeleteTempFile();
     m_options = options;
     m_engine->boundFile.clear();
@@ -289,6 +291,14 @@ bool wxTTSSapiHandler::DoSpeak(const wxString& text, bool isFile, int options, c
             m_engine->CloseOutput();
     }
     return true;
+}
+
+// A machine without a speech system is no news to a host that was told so by Initialize: the last error stays.
+bool wxTTSSapiHandler::RefuseWithoutVoice()
+{
+    if (m_engine->systemMissing)
+        return SetFailure(wxTTS_FAILURE_OTHER, _("The speech system is not available."));
+    return Fail(wxTTS_FAILURE_OTHER, _("The speech engine is not initialized."));
 }
 
 // A name that is not in the list leaves the voice as it was. A listed one counts as chosen even if its token fails, so

@@ -19,12 +19,17 @@ enum wxTTSSpeakOption : int {
 // front object from AddHandler on. All calls come on the thread that called Initialize, and the end of speech is
 // noticed only while that thread takes its messages: in the host's event loop, in the waiting of a speak call, in Stop.
 // On a thread that does none of these speech to the device never ends: IsSpeaking stays true until Stop.
-// Until Initialize has succeeded it lists no voices and every speak call answers false without a message.
+// Until Initialize has succeeded it lists no voices and every speak call answers false.
 //
 // Speed -10 to 10 and volume 0 to 100 are the voice's own; "Pitch" is kept but not applied. Pauses count: as many
-// Resume calls end them. The only failure that has a message is that of the voice's own speak call. GetLastFailure
-// tells more: a device that is lost, or a file that cannot be written on, as soon as the end of the speech is noticed;
-// an output file that does not open and a voice that is not installed, for which the speech goes elsewhere.
+// Resume calls end them.
+//
+// A speak call that answers false has its reason in the last error, but for two cases: where Initialize has found no
+// speech system (also in a build without one), neither its false nor that of the speak calls behind it has a message,
+// only a failure for GetLastFailure; and a host that deletes the handler within the call has nobody to ask.
+// GetLastFailure tells more: a device that is lost, or a file that cannot be written on, as soon as the end of the
+// speech is noticed; an output file that does not open and a voice that is not installed, for which the speech goes
+// elsewhere.
 //
 // A process made by fork() from one that has spoken here cannot speak: its speak calls fail at once. It may exec.
 class QXSPEECH_API wxTTSSapiHandler : public wxTTSHandler
@@ -76,6 +81,7 @@ private:
     struct Output;
     struct Engine;
 
+    bool RefuseWithoutVoice();
     void ReadDefaults();
     void ListVoices();
     void ApplyVoice(const wxString& name);

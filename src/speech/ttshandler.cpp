@@ -376,6 +376,18 @@ bool wxTTSHandler::Fail(const wxString& lastError)
     return false;
 }
 
+bool wxTTSHandler::Fail(const wxTTSFailure& failure)
+{
+    SetFailure(failure);
+    return Fail(failure.message);
+}
+
+bool wxTTSHandler::Fail(wxTTSFailureCategory category, const wxString& message)
+{
+    SetFailure(category, message);
+    return Fail(message);
+}
+
 wxTTSFailure wxTTSHandler::GetLastFailure() const
 {
     std::function<wxTTSFailure()> source;

@@ -68,7 +68,8 @@ public:
     virtual bool Uninitialize();
 
     // Starts speech, after ending any earlier speech of this handler. An empty outputFile plays; otherwise the audio
-    // goes to that file and is not played. False leaves the reason in GetLastErrorMessage.
+    // goes to that file and is not played. False leaves the reason in GetLastErrorMessage; the local engine alone
+    // leaves that untouched where there is no speech system at all, which GetLastFailure tells.
     virtual bool Speak(const wxString& text, int options, const wxString& outputFile) = 0;
     // The same with the name of a file that holds the text.
     virtual bool SpeakFile(const wxString& filename, int options, const wxString& outputFile) = 0;
@@ -145,7 +146,8 @@ public:
     virtual int GetMinPitch() const = 0;
     virtual int GetMaxPitch() const = 0;
 
-    // One live call with these credentials; false for an engine that needs none. Blocks on the network.
+    // One live call with these credentials; false for an engine that needs none. Blocks on the network. A web engine's
+    // false leaves the reason as Speak does; so does that of GetAllVoices.
     virtual bool TestAuthentication(const QXTTSAuthInfo& authInfo);
     // Fetches the engine's voices over the network and appends them; false for an engine without a network list.
     virtual bool GetAllVoices(std::vector<QXTTSVoiceInfo>& voices);
@@ -187,7 +189,8 @@ public:
 
     // What kind of failure the last one was; category none if the latest speak call has had none. Cleared when a speak
     // call begins, set by every failure of this engine's calls and by one that comes while its speech plays. The last
-    // error beside it stays what it is. Safe on the thread that drives the handler while playing threads report.
+    // error has words of its own, and a failure of what plays leaves it alone. Safe on the thread that drives the
+    // handler while playing threads report.
     wxTTSFailure GetLastFailure() const;
 
     // Whether the last block of sound, which the audio does not fill, is played too: up to 85 ms, or all of a shorter
@@ -213,6 +216,9 @@ protected:
                                 const wxString& webSite = wxString());
     // Stores the text, translated by the caller, as the last error and returns false.
     bool Fail(const wxString& lastError);
+    // Stores the failure, its sentence as the last error, too, and returns false.
+    bool Fail(const wxTTSFailure& failure);
+    bool Fail(wxTTSFailureCategory category, const wxString& message);
 
     // For engines; may be called on any thread.
     // Forgets the failure and the source: a speak call begins.

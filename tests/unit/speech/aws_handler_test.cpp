@@ -2,6 +2,7 @@
 #include "speech/tts_awsapi.h"
 
 #include <fstream>
+#include <wx/app.h>
 
 #include "core/qxtempfile.h"
 #include "support/handler_contract.h"
@@ -185,6 +186,13 @@ TEST(PollyHandler, EachSpokenCallHasATemporaryFileOfItsOwn)
     EXPECT_TRUE(handler.asked[0].path.StartsWith(wxString::FromUTF8(folder / "temp/qx_")));
     EXPECT_TRUE(handler.asked[0].path.EndsWith(".mp3"));
     EXPECT_NE(handler.asked[0].path, handler.asked[1].path);
+
+    wxAppConsole* const app = wxAppConsole::GetInstance();
+    wxAppConsole::SetInstance(nullptr); // nobody tells the folder
+    EXPECT_FALSE(handler.Speak("c", 0, ""));
+    wxAppConsole::SetInstance(app);
+    EXPECT_EQ(handler.GetLastErrorMessage(), "No temporary file can be made.");
+    EXPECT_EQ(handler.asked.size(), 2u);
 }
 
 TEST(PollyHandler, UninitializeStopsOnlyWhatWasInitialized)

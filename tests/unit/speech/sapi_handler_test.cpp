@@ -101,6 +101,7 @@ TEST_F(SapiHandler, WithoutASpeechSystemNothingSpeaksAndNothingIsSaid)
 {
     control::SetClassFactory(CLSID_SpVoice, {});
     EXPECT_FALSE(handler->Initialize());
+    EXPECT_EQ(handler->GetLastFailure().message, "The speech system is not available.");
     EXPECT_FALSE(handler->GetInitialized());
     EXPECT_FALSE(handler->Speak("hello", 0, ""));
     EXPECT_FALSE(handler->SpeakFile("file", 0, "out.wav"));
@@ -119,6 +120,7 @@ TEST_F(SapiHandler, UninitializeStopsAndLetsGoOfTheVoiceOnce)
     EXPECT_TRUE(handler->Uninitialize());
     EXPECT_THAT(speech.TakeCalls(), IsEmpty());
     EXPECT_FALSE(handler->Speak("hello", 0, ""));
+    EXPECT_EQ(handler->GetLastErrorMessage(), "The speech engine is not initialized.");
 }
 
 TEST_F(SapiHandler, DestructorReleasesButDoesNotStop)
