@@ -1,4 +1,4 @@
-// The clocks that the library reads, in one place, so that tests can step them. Private. MIT licence.
+// The clocks that speech and core read, in one place, so that tests can step them. Private. MIT licence.
 #ifndef QXSPEECH_COMMON_TIMESOURCE_H
 #define QXSPEECH_COMMON_TIMESOURCE_H
 
@@ -7,6 +7,10 @@
 namespace qxspeech
 {
 
+// Behind it are what is sent or written with a time, the life of Azure's token and its wait for a turn. Not behind it
+// are the steady clocks of the media kit, of the local voice and of the devices' threads and turns: they time waits of
+// condition variables, and go beside the clocks of PortAudio and FFmpeg, none of which a test can step.
+//
 // The base is the system's own clocks. No lock: a test replaces them before and after the work that reads them.
 class TimeSource
 {

@@ -14,6 +14,7 @@
 #include <wx/utils.h>
 
 #include "common/logging.h"
+#include "common/timesource.h"
 #include "core/filelock.h"
 
 template class QXSingleton<QXTempFileMan>;
@@ -147,7 +148,7 @@ wxString QXTempFileMan::CreateTempFile(const wxString& extension)
 wxString QXTempFileMan::MakeName(const wxString& extension)
 {
     for (int i = 0; i < kTries; ++i) {
-        const wxDateTime::Tm now = wxDateTime::Now().GetTm();
+        const wxDateTime::Tm now = wxDateTime(wxLongLong(qxspeech::TimeSource::Get().UtcMs())).GetTm();
         const wxString name = wxString::Format(
             "qx_%04d%02d%02d_%02d%02d%02d_%s.%s", now.year, now.mon + 1, static_cast<int>(now.mday),
             static_cast<int>(now.hour), static_cast<int>(now.min), static_cast<int>(now.sec), RandomPart(), extension);

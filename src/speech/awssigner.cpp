@@ -5,10 +5,12 @@
 #include <crypto++/hmac.h>
 #include <crypto++/sha.h>
 #include <cstdint>
+#include <ctime>
 #include <wx/strconv.h>
 #include <wx/time.h>
 
 #include "common/logging.h"
+#include "common/timesource.h"
 
 namespace
 {
@@ -16,16 +18,9 @@ namespace
 const wchar_t kAlgorithm[] = L"AWS4-HMAC-SHA256";
 const wchar_t kScopeEnd[] = L"aws4_request";
 
-std::time_t SystemTime()
-{
-    return std::time(nullptr);
-}
-
-std::time_t (*signingClock)() = SystemTime;
-
 void SetDates(AWSRequestInfo& info)
 {
-    const std::time_t now = signingClock();
+    const auto now = static_cast<std::time_t>(qxspeech::TimeSource::Get().UtcMs() / 1000);
     std::tm utc = {};
     wxGmtime_r(&now, &utc);
     char text[32];
@@ -201,11 +196,6 @@ wxString CreateStringToSign(const AWSRequestInfo& info, const wxString& payloadH
     text << L"\n" << info.amzDate << L"\n" << Scope(info) << L"\n";
     text << qxSHA256Hex(CreateCanonicalRequest(info, payloadHash));
     return text;
-}
-
-void SetSigningClock(std::time_t (*clock)())
-{
-    signingClock = clock ? clock : SystemTime;
 }
 
 } // namespace qxspeech

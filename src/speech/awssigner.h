@@ -2,7 +2,6 @@
 #ifndef QXSPEECH_SPEECH_AWSSIGNER_H
 #define QXSPEECH_SPEECH_AWSSIGNER_H
 
-#include <ctime>
 #include <string>
 #include <wx/string.h>
 
@@ -51,9 +50,6 @@ wxString CreateAuthorization(AWSRequestInfo& info, const wxString& payloadHash);
 // The stages between a request with its date and its signature.
 wxString CreateCanonicalRequest(const AWSRequestInfo& info, const wxString& payloadHash);
 wxString CreateStringToSign(const AWSRequestInfo& info, const wxString& payloadHash);
-
-// Whose time the signatures bear, in seconds since the epoch; null: the system's. For tests, from one thread.
-void SetSigningClock(std::time_t (*clock)());
 
 } // namespace qxspeech
 

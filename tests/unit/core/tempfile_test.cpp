@@ -21,6 +21,7 @@
 #include "support/log_capture.h"
 #include "support/run_tests.h"
 #include "support/scratch_dir.h"
+#include "support/stepped_time.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -175,11 +176,12 @@ protected:
 
 TEST_F(TempFiles, NamesLieInTheUserDataFolderAndAreNotMade)
 {
+    const SteppedTime time; // about noon in UTC
     const std::string path = Make();
     const std::string folder = Utf8(wxStandardPaths::Get().GetUserDataDir()) + "/temp";
     EXPECT_EQ(fs::path(path).parent_path().string(), folder);
     EXPECT_EQ(fs::status(folder).permissions(), fs::perms(0700));
-    EXPECT_THAT(NameOf(path), testing::MatchesRegex("qx_[0-9]{8}_[0-9]{6}_[a-z0-9]{10}\\.wav"));
+    EXPECT_THAT(NameOf(path), testing::MatchesRegex("qx_20261118_[0-9]{6}_[a-z0-9]{10}\\.wav"));
     EXPECT_FALSE(fs::exists(path));
     EXPECT_NE(Make(), path);
 }

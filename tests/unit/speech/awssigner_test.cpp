@@ -9,19 +9,15 @@
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 
+#include "support/stepped_time.h"
+
 namespace
 {
 
 constexpr std::time_t kNow = 1709251198; // 2024-02-29 23:59:58 UTC
 
-struct FixedClock {
-    FixedClock()
-    {
-        qxspeech::SetSigningClock([] { return kNow; });
-    }
-    ~FixedClock() { qxspeech::SetSigningClock(nullptr); }
-    FixedClock(const FixedClock&) = delete;
-    FixedClock& operator=(const FixedClock&) = delete;
+struct FixedClock : SteppedTime {
+    FixedClock() { utc = kNow * 1000 + 999; }
 };
 
 // "=== stage" lines, each with its value up to the next.
