@@ -21,7 +21,9 @@ extern template class QXSingleton<QXTempFileMan>;
 
 // Hands out names in the folder "temp" of the application's user data folder and keeps a journal of them there.
 // QXSingleton<QXTempFileMan>::Get() makes and owns the one instance, as the first CreateTempFile does; it goes away at
-// exit with all files and the journal. Any thread; the singleton's lock is held throughout each call.
+// exit with all files and the journal. Any thread; the singleton's lock is held throughout each call. CreateTempFile
+// may run beside DestroyInstance; the pointer that SetTempDir is called on must not die meanwhile. Until a folder is
+// settled wxWidgets is asked for one, so neither may run while the wxApp comes or goes.
 //
 // Processes that share the folder share the journal. Whoever is alone there works it off, at its start and at its end;
 // beside others a process takes away only its own files and lines.

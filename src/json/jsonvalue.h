@@ -100,7 +100,8 @@ public:
     bool IsObject() const;
     bool IsString() const;
 
-    // The numeric field as it stands, whatever the type.
+    // Of a boolean or a whole number: whether it is not 0, and its low 32 bits. No other type is converted; what comes
+    // then means nothing (the bits of a double, or those of a number that the value held before), so ask GetType first.
     bool AsBool() const;
     int AsInt() const;
     // Text for any type: the string itself, digits, "true", "null", "[3]" for an array of three.

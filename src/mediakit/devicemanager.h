@@ -21,8 +21,8 @@ enum MKDeviceChangeMsg : int32_t {
 // The audio devices as PortAudio, which the host has started, showed them at the first Get; the list is never built
 // again. Made by the first Get and destroyed at process exit. Any thread. Names and ids are UTF-8; an empty id is no
 // device. A wrong index, an unknown id or a PortAudio that does not run is logged and gives an empty, null or false
-// answer. Changes of devices are logged and told to the callback: on
-// Windows where COM was started on the thread of the first Get, elsewhere where a PulseAudio or PipeWire server runs.
+// answer. Changes of devices are logged and told to the callback: on Windows where COM was started on the thread of the
+// first Get, elsewhere where a PulseAudio or PipeWire server runs.
 class QXSPEECH_API MKAudioDeviceManager
 {
 public:

@@ -26,7 +26,7 @@ public:
 
     // Builds the lists from what PortAudio shows now.
     void PopulateDeviceList(bool log);
-    // Asks the sound system for notices; without COM on this thread, or without a sound system, there are none.
+    // Asks the sound system for notices. There are none without one, nor on Windows without COM on this thread.
     void StartNotification();
 
     int GetDeviceCount();

@@ -59,9 +59,9 @@ public:
     // Microseconds; 1 means unknown. Of some files it is known only once a stream was opened.
     int64_t GetDuration() override;
     int64_t GetStreamDuration(size_t index) override;
-    // That of the last frame given, AV_NOPTS_VALUE before the first, where Seek went to after it; -2 is failure.
+    // That of the last frame given; AV_NOPTS_VALUE before the first; after a Seek, where it went to; -2 is failure.
     int64_t GetStreamTimeStamp(size_t index) override;
-    // Of an opened file's stream, opened or not; as if nothing were told where there are no pictures.
+    // Of an opened file's stream, opened or not; square pixels, neither mirrored nor turned, where it has no pictures.
     MKPictureShape GetPictureShape(size_t index);
     bool AllocateFrame(size_t index, MKFrame* frame) override;
     int GetBufferSize(size_t index) override;

@@ -188,7 +188,7 @@ public:
     virtual int64_t GetStreamDuration(size_t index) = 0;
     // The position of the stream, microseconds.
     virtual int64_t GetStreamTimeStamp(size_t index) = 0;
-    // Prepares a frame (not owned) for this stream; as it stands here, by the stream's own parameters.
+    // Prepares a frame (not owned) for this stream; unless overridden, by the stream's own parameters.
     virtual bool AllocateFrame(size_t index, MKFrame* frame);
     // How many frames a queue in front of this stream holds.
     virtual int GetBufferSize(size_t index);

@@ -51,7 +51,7 @@ public:
 
     const wxString& GetTranslatedName() const { return m_translatedName; }
     void SetTranslatedName(const wxString& name) { m_translatedName = name; }
-    // Free text that host and host agree on.
+    // The host's own text, such as the kind of control for its dialog; the library never reads it.
     const wxString& GetEditorType() const { return m_editorType; }
     void SetEditorType(const wxString& editorType) { m_editorType = editorType; }
     const wxString& GetGroupName() const { return m_groupName; }

@@ -73,7 +73,7 @@ public:
     // on, whereas a dirty dictionary answers with the first. Lookups never do this by themselves.
     virtual void Index();
 
-    // Replaces the words of a text; the output is the text as it stands if there is nothing to replace. True if at
+    // Replaces the words of a text; the output is the same text if there is nothing to replace. True if at
     // least one word was replaced. What has been put in is not looked at again. The options are not read.
     virtual bool TransformString(const wxString& input, wxString& output, int options);
     // Prepares a text file (encoding by byte-order mark, else UTF-8, else the fallback 8-bit encoding). The options are

@@ -17,8 +17,8 @@ struct DeviceNotice {
 };
 
 // One connection to the sound server with a thread of its own, which calls the function for each notice from Start to
-// the destructor. The function must not end the object. When the server ends it is looked for
-// every two seconds; what is different when it is there again is told then.
+// the destructor. The function must not end the object. When the server ends it is looked for every two seconds; what
+// is different when it is there again is told then.
 class DeviceNotices
 {
 public:

@@ -15,7 +15,7 @@ constexpr size_t kQueueFullSamples = 10 * kSynthRateHz;
 constexpr size_t kQueueLowSamples = kQueueFullSamples / 2;
 
 // Free functions over one process-wide worker, which is made with the first voice that speaks and never destroyed. The
-// voices take turns: an alert voice first, then whoever waited longest. All three are called with the speech lock held.
+// voices take turns: an alert voice first, then whoever waited longest. All are called with the speech lock held.
 
 // Makes the voice known; false if no thread could be started.
 bool AddToSynthesizer(const std::shared_ptr<VoiceState>& voice);

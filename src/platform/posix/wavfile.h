@@ -26,13 +26,15 @@ public:
     WavFile& operator=(const WavFile&) = delete;
 
     // Creates or empties the file and writes a header without samples. rateHz 8000 to 192000, channels 1 or 2, 16 bit.
-    // 0x80070003 a folder is missing, E_ACCESSDENIED a directory or no permission, E_FAIL anything else.
+    // 0x80070003 a folder is missing, E_ACCESSDENIED a directory, no permission or a read-only file system, 0x80070070
+    // no room for the header, E_OUTOFMEMORY no resampler, E_FAIL anything else.
     HRESULT Create(const std::string& pathUtf8, int rateHz, int channels);
     // Samples of the synthesizer, mono at kSynthRateHz. A failed write empties the file: nothing that looks whole stays
-    // behind; every later write fails as well. S_OK, or 0x80070070 for a full disk or a file at the format's limit of
-    // 4 GiB, or E_FAIL.
+    // behind; every later write fails with the same code. S_OK, 0x80070070 for a full disk, a used up quota or a file
+    // at a limit of size (the format's is 4 GiB), E_OUTOFMEMORY for a resampler that fails, E_FAIL for anything else
+    // and after Close; the other codes of Create where the system gives such a reason for a write.
     HRESULT Write(const int16_t* samples, size_t count);
-    // The end of one utterance: writes what the resampler holds.
+    // The end of one utterance: writes what the resampler holds. The codes of Write.
     HRESULT EndUtterance();
     void Close();
 
