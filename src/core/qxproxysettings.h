@@ -4,8 +4,8 @@
 
 #include <wx/string.h>
 
-#include "common/export.h"
-#include "json/jsonvalue.h"
+#include "../common/export.h"
+#include "../json/jsonvalue.h"
 
 namespace web
 {

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <wx/thread.h>
 
-#include "common/export.h"
+#include "../common/export.h"
 
 // Base of a class T of which there is at most one object. Get() builds it and owns it; DestroyInstance(), called by the
 // host or by the exit handler that the first Get() registers, deletes it. Both may be called from any thread; what T

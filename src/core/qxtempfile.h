@@ -6,8 +6,8 @@
 #include <wx/filename.h>
 #include <wx/string.h>
 
-#include "common/export.h"
-#include "core/qxsingleton.h"
+#include "../common/export.h"
+#include "qxsingleton.h"
 
 namespace qxspeech
 {

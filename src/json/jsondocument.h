@@ -2,7 +2,7 @@
 #ifndef QXSPEECH_JSON_JSONDOCUMENT_H
 #define QXSPEECH_JSON_JSONDOCUMENT_H
 
-#include "json/jsonvalue.h"
+#include "jsonvalue.h"
 
 // The root of a parse. Made and deleted by the caller, usually on the stack; one thread at a time. Before a parse, and
 // after one in which no array or object started, it is an invalid value.

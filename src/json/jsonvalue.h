@@ -11,7 +11,7 @@
 #include <wx/hashmap.h>
 #include <wx/string.h>
 
-#include "common/export.h"
+#include "../common/export.h"
 
 class wxJSONRefData;
 class wxJSONValue;

@@ -2,7 +2,7 @@
 #ifndef QXSPEECH_JSON_JSONWRITER_H
 #define QXSPEECH_JSON_JSONWRITER_H
 
-#include "json/jsonvalue.h"
+#include "jsonvalue.h"
 
 // Made and deleted by the caller, usually on the stack; one thread at a time. May be used for any number of values.
 class QXSPEECH_API wxJSONWriter

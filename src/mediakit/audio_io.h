@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "mediakit/mediakit.h"
+#include "mediakit.h"
 
 class MKAudioDisplayImpl;
 class MKAudioCaptureImpl;

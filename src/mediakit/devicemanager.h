@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "common/export.h"
+#include "../common/export.h"
 
 struct PaDeviceInfo;
 class MKAudioDeviceManagerImpl;

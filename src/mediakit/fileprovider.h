@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "mediakit/mediakit.h"
+#include "mediakit.h"
 
 struct ID3D11Device;
 struct ID3D11DeviceContext;

@@ -2,7 +2,7 @@
 #ifndef QXSPEECH_MEDIAKIT_FRAMECONVERTER_H
 #define QXSPEECH_MEDIAKIT_FRAMECONVERTER_H
 
-#include "mediakit/mediakit.h"
+#include "mediakit.h"
 
 class MKFrameConverterImpl;
 

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-#include "common/export.h"
+#include "../common/export.h"
 
 // Times in the kit are signed 64-bit microseconds; FFmpeg's AV_NOPTS_VALUE means "not set". A stream is addressed by an
 // index that is local to its node. Nodes throw nothing: operations answer false or a negative number, where -1 is

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "mediakit/transform.h"
+#include "transform.h"
 
 class MKAudioDisplay;
 class MKFailureRecord;

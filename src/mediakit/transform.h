@@ -5,7 +5,7 @@
 
 #include <functional>
 
-#include "mediakit/mediakit.h"
+#include "mediakit.h"
 
 enum MKTransformState : int32_t {
     MKTransformClosed = -1, // nothing open

@@ -2,7 +2,7 @@
 #ifndef QXSPEECH_MEDIAKIT_VIDEODISPLAY_H
 #define QXSPEECH_MEDIAKIT_VIDEODISPLAY_H
 
-#include "mediakit/mediakit.h"
+#include "mediakit.h"
 
 class MKVideoDisplayImpl;
 

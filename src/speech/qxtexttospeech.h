@@ -6,9 +6,9 @@
 #include <wx/longlong.h>
 #include <wx/string.h>
 
-#include "common/export.h"
-#include "core/qxsingleton.h"
-#include "speech/texttospeech.h"
+#include "../common/export.h"
+#include "../core/qxsingleton.h"
+#include "texttospeech.h"
 
 class QXProxySettings;
 class QXSPEECH_API QXTextToSpeech;

@@ -9,8 +9,8 @@
 #include <wx/string.h>
 #include <wx/variant.h>
 
-#include "common/export.h"
-#include "speech/ttshandler.h"
+#include "../common/export.h"
+#include "ttshandler.h"
 
 // Holds engine handlers and forwards nearly every call to the current one. Hosts get the one with all engines from
 // QXTextToSpeech; one built directly is empty and registers nothing. All calls come from one thread at a time, normally

@@ -2,15 +2,15 @@
 #ifndef QXSPEECH_SPEECH_TTS_H
 #define QXSPEECH_SPEECH_TTS_H
 
-#include "speech/qxtexttospeech.h"
-#include "speech/speechfailure.h"
-#include "speech/texttospeech.h"
-#include "speech/ttshandler.h"
-#include "speech/ttshtmlparser.h"
-#include "speech/ttsproperties.h"
-#include "speech/ttssettings.h"
-#include "speech/ttstransformer.h"
-#include "speech/ttstransformoptions.h"
-#include "speech/ttsvoiceinfo.h"
+#include "qxtexttospeech.h"
+#include "speechfailure.h"
+#include "texttospeech.h"
+#include "ttshandler.h"
+#include "ttshtmlparser.h"
+#include "ttsproperties.h"
+#include "ttssettings.h"
+#include "ttstransformer.h"
+#include "ttstransformoptions.h"
+#include "ttsvoiceinfo.h"
 
 #endif

@@ -2,7 +2,7 @@
 #ifndef QXSPEECH_SPEECH_TTS_AWSAPI_H
 #define QXSPEECH_SPEECH_TTS_AWSAPI_H
 
-#include "speech/ttshandler.h"
+#include "ttshandler.h"
 
 class MKMediaPlayer;
 namespace qxspeech

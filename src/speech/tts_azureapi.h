@@ -2,7 +2,7 @@
 #ifndef QXSPEECH_SPEECH_TTS_AZUREAPI_H
 #define QXSPEECH_SPEECH_TTS_AZUREAPI_H
 
-#include "speech/ttshandler.h"
+#include "ttshandler.h"
 
 namespace qxspeech
 {

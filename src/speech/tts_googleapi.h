@@ -2,7 +2,7 @@
 #ifndef QXSPEECH_SPEECH_TTS_GOOGLEAPI_H
 #define QXSPEECH_SPEECH_TTS_GOOGLEAPI_H
 
-#include "speech/ttshandler.h"
+#include "ttshandler.h"
 
 namespace qxspeech
 {

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "speech/ttshandler.h"
+#include "ttshandler.h"
 
 // Bits of a speak call's options. Without ASYNC and WAIT the call blocks until the speech has ended.
 enum wxTTSSpeakOption : int {

@@ -12,11 +12,11 @@
 #include <wx/string.h>
 #include <wx/variant.h>
 
-#include "common/export.h"
-#include "speech/speechfailure.h"
-#include "speech/ttsproperties.h"
-#include "speech/ttstransformoptions.h"
-#include "speech/ttsvoiceinfo.h"
+#include "../common/export.h"
+#include "speechfailure.h"
+#include "ttsproperties.h"
+#include "ttstransformoptions.h"
+#include "ttsvoiceinfo.h"
 
 class wxTextToSpeech;
 class wxTTSTransformer;

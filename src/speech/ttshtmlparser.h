@@ -6,7 +6,7 @@
 #include <wx/object.h>
 #include <wx/string.h>
 
-#include "common/export.h"
+#include "../common/export.h"
 
 class WXDLLIMPEXP_FWD_BASE wxOutputStream;
 class TagSlabs;

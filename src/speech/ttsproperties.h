@@ -8,7 +8,7 @@
 #include <wx/string.h>
 #include <wx/variant.h>
 
-#include "common/export.h"
+#include "../common/export.h"
 
 // One setting: a value and what a host needs to show it in a dialog. The name of the property is the name of its
 // variant. Made by a store or by the host; whoever holds it deletes it. No locks: belongs to the thread of its handler.

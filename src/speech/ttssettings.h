@@ -5,8 +5,8 @@
 #include <vector>
 #include <wx/string.h>
 
-#include "common/export.h"
-#include "speech/ttsvoiceinfo.h"
+#include "../common/export.h"
+#include "ttsvoiceinfo.h"
 
 class wxTextToSpeech;
 

@@ -9,8 +9,8 @@
 #include <wx/arrstr.h>
 #include <wx/string.h>
 
-#include "common/export.h"
-#include "speech/ttstransformoptions.h"
+#include "../common/export.h"
+#include "ttstransformoptions.h"
 
 class WXDLLIMPEXP_FWD_BASE wxOutputStream;
 class WXDLLIMPEXP_FWD_BASE wxTextOutputStream;

@@ -6,8 +6,8 @@
 
 #include <wx/clntdata.h>
 
-#include "common/export.h"
-#include "json/jsonvalue.h"
+#include "../common/export.h"
+#include "../json/jsonvalue.h"
 
 // Plain data: made, copied and deleted by anyone; a list control that it is attached to takes it over. One thread at a
 // time. Every field is empty until set; moving one copies it.
