@@ -6,7 +6,6 @@
 #include <wx/utils.h>
 
 #include "speech/tts.h"
-#include "speech/tts_sapi.h"
 
 int main()
 {

@@ -13,7 +13,7 @@
 #include "failures.h"
 #include "longspeech.h"
 #include "progress.h"
-#include "speech/tts_sapi.h"
+#include "speech/ttshandler.h"
 #include "temporaryfiles.h"
 #include "textinput.h"
 #include "values.h"

@@ -7,7 +7,7 @@
 #include "core/qxtempfile.h"
 #include "exitstatus.h"
 #include "proxychoice.h"
-#include "speech/tts_sapi.h"
+#include "speech/ttshandler.h"
 #include "webcall.h"
 
 namespace say

@@ -25,7 +25,7 @@ public:
     // Uninitialises and deletes the handlers; the transformer stays the host's.
     ~wxTextToSpeech() override;
 
-    // Speech, forwarded; see wxTTSHandler for what each does.
+    // Speech, forwarded; see wxTTSHandler for what each does. options: bits of wxTTSSpeakOption.
     virtual bool Speak(const wxString& text, int options, const wxString& outputFile);
     virtual bool SpeakFile(const wxString& filename, int options, const wxString& outputFile);
     virtual bool IsSpeaking() const;

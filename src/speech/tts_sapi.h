@@ -6,15 +6,6 @@
 
 #include "ttshandler.h"
 
-// Bits of a speak call's options. Without ASYNC and WAIT the call blocks until the speech has ended.
-enum wxTTSSpeakOption : int {
-    wxTTS_SPEAK_ASYNC = 0x1, // the call returns at once; IsSpeaking closes an output file at the end of the speech
-    wxTTS_SPEAK_CLOSE_OUTPUT = 0x2, // an output file is closed as soon as the voice has taken the text
-    // With an output file the call waits for the end, serving the host's events meanwhile. One of them may delete the
-    // handler: the call then answers false, and the file ends where the speech was.
-    wxTTS_SPEAK_WAIT = 0x4
-};
-
 // Engine "Microsoft SAPI": drives one voice of the system. Made by the host or the process-wide instance, owned by the
 // front object from AddHandler on. All calls come on the thread that called Initialize, and the end of speech is
 // noticed only while that thread takes its messages: in the host's event loop, in the waiting of a speak call, in Stop.

@@ -28,6 +28,19 @@ enum wxTTSQuantityType : int {
     wxTTS_QUANTITY_PERCENT = 1 // 0 to 100 from the engine's minimum to its maximum
 };
 
+// Bits of a speak call's options. The local engine acts on them; the web engines do not look at them: their calls
+// return when playing has begun or the file is written. With neither ASYNC nor WAIT the local engine's call blocks
+// until the speech has ended and, without CLOSE_OUTPUT, keeps an output file open, with IsSpeaking true, until Stop or
+// the next speak call.
+enum wxTTSSpeakOption : int {
+    wxTTS_SPEAK_ASYNC = 0x1, // the call returns at once; IsSpeaking closes an output file at the end of the speech
+    wxTTS_SPEAK_CLOSE_OUTPUT = 0x2, // an output file is closed as soon as the voice has taken the text
+    // With an output file the call waits for the end, serving the host's events meanwhile, and closes the file. One of
+    // the events may delete the handler: the call then answers false, and the file ends where the speech was. Without
+    // an output file the same as ASYNC.
+    wxTTS_SPEAK_WAIT = 0x4
+};
+
 // What Skip counts. Handed on unchanged; the local engine skips by sentence whatever it says, the
 // web engines do not skip.
 enum wxTTSSkipType : int { wxTTS_SKIP_SENTENCE = 0, wxTTS_SKIP_WORD = 1, wxTTS_SKIP_PARAGRAPH = 2 };
@@ -68,7 +81,8 @@ public:
     virtual bool Uninitialize();
 
     // Starts speech, after ending any earlier speech of this handler. An empty outputFile plays; otherwise the audio
-    // goes to that file and is not played. False leaves the reason in GetLastErrorMessage; the local engine alone
+    // goes to that file and is not played. options: bits of wxTTSSpeakOption; a GUI host gives wxTTS_SPEAK_ASYNC, as
+    // the local engine blocks with 0. False leaves the reason in GetLastErrorMessage; the local engine alone
     // leaves that untouched where there is no speech system at all, which GetLastFailure tells.
     virtual bool Speak(const wxString& text, int options, const wxString& outputFile) = 0;
     // The same with the name of a file that holds the text.

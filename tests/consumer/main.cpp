@@ -10,8 +10,8 @@ int main(int argc, char** argv)
 {
     wxInitializer wx;
     wxTextToSpeech& speech = QXSingleton<QXTextToSpeech>::Get()->GetEngine();
-    const int wait = 0x4; // until the file is complete
-    const bool spoken = argc == 2 && speech.Speak("This library was installed.", wait, wxString::FromUTF8(argv[1]));
+    const wxString file = argc == 2 ? wxString::FromUTF8(argv[1]) : wxString();
+    const bool spoken = !file.empty() && speech.Speak("This library was installed.", wxTTS_SPEAK_WAIT, file);
     std::printf("qxspeech %s: %s\n", QXSPEECH_VERSION_STRING, spoken ? "spoken" : "failed");
     QXSingleton<QXTextToSpeech>::DestroyInstance();
     return spoken ? 0 : 1;
