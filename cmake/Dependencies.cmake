@@ -8,8 +8,9 @@ execute_process(COMMAND ${QXSPEECH_WX_CONFIG} --cxxflags OUTPUT_VARIABLE wx_cxxf
     COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND ${QXSPEECH_WX_CONFIG} --libs html,core,xml,base OUTPUT_VARIABLE wx_libs
     OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-execute_process(COMMAND ${QXSPEECH_WX_CONFIG} --version OUTPUT_VARIABLE QXSPEECH_WX_VERSION
+execute_process(COMMAND ${QXSPEECH_WX_CONFIG} --version OUTPUT_VARIABLE wx_version
     OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCH "^[0-9]+\\.[0-9]+" QXSPEECH_WX_MINOR "${wx_version}") # such as 3.2
 separate_arguments(wx_cxxflags UNIX_COMMAND "${wx_cxxflags}")
 separate_arguments(wx_libs UNIX_COMMAND "${wx_libs}")
 add_library(qx_wx INTERFACE)

@@ -11,7 +11,9 @@ extern "C" {
 #include <libswscale/version.h>
 }
 
+#if defined(__GNUC__)
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+#endif
 
 static_assert(LIBAVFORMAT_VERSION_MAJOR == 59, "written for libavformat 59");
 static_assert(LIBAVCODEC_VERSION_MAJOR == 59, "written for libavcodec 59");
