@@ -167,7 +167,7 @@ HtmlToken HtmlTokens::Next()
         if (m_text.compare(m_at, 9, L"<![CDATA[") == 0 && FindOnce(L"]]>", m_at) != kNone) {
             m_at += 9;
             const size_t end = m_text.find(L"]]>", m_at);
-            const HtmlToken token = Literal(end, false);
+            HtmlToken token = Literal(end, false);
             m_at = end + 3;
             return token;
         }

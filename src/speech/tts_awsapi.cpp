@@ -287,10 +287,8 @@ bool wxTTSAWSHandler::Refuse(CloudResponse& response)
     const wxString body = response.ReadRefusal();
     QX_LOG("%s", body);
     const wxTTSFailure failure = RefusalFailure(response, ServiceMessage(body), CategoryOf(type));
-    Fail(failure);
-    if (!IsRedirect(response) && !type.empty())
-        m_lastError = ErrorTypeToMessage(type);
-    return false;
+    m_lastError = IsRedirect(response) ? failure.message : ErrorTypeToMessage(type);
+    return SetFailure(failure);
 }
 
 bool wxTTSAWSHandler::GetSpeech(const AWSSpeechParams& params, const wxString& path)

@@ -28,7 +28,7 @@ struct AWSSpeechParams {
 //
 // Needs a voice of its list. "Input format" SSML is sent as such, everything else as plain text, HTML too. The rates
 // (0 to 9) are kept but not applied. A refusal's reason is the last error: translated where the service's error is
-// known, else its name, or a sentence about the answer where it names none.
+// known, else its name, which is empty where the answer has none.
 class QXSPEECH_API wxTTSAWSHandler : public wxTTSHandler
 {
     wxDECLARE_DYNAMIC_CLASS(wxTTSAWSHandler);

@@ -200,17 +200,16 @@ bool wxTTSAzureHandler::MakeSsmlBody(wxString& body)
                                               : m_lastError);
 }
 
-// A service that says nothing is told by the failure's own sentence, and in the log by the failure's line alone.
+// A service that says nothing leaves the last error as it was; the failure's line in the log tells.
 bool wxTTSAzureHandler::Refuse(CloudResponse& response)
 {
     const wxString told = RefusalOf(response);
     const wxTTSFailure failure = RefusalFailure(response, told);
-    Fail(failure);
     if (IsRedirect(response))
         TellRefusal(failure.message);
     else if (!told.empty())
         TellRefusal(wxGetTranslation(told));
-    return false;
+    return SetFailure(failure);
 }
 
 void wxTTSAzureHandler::TellRefusal(const wxString& message)
@@ -243,7 +242,7 @@ wxString wxTTSAzureHandler::RequestAccessToken(const wxString& region, const wxS
         const wxString token = response.ReadText(qxspeech::kShortTextLimit, IsLabelledToken(response));
         const bool isToken = !token.empty() && !wxJSONDocument().Parse(token).IsValid();
         if (!isToken)
-            Fail(qxspeech::UnreadableFailure(response.GetPeer()));
+            SetFailure(qxspeech::UnreadableFailure(response.GetPeer()));
         if (!isToken && !token.empty())
             return wxString();
         *expiry = static_cast<std::uint32_t>(qxspeech::TimeSource::Get().TickMs() + kTokenLifetimeMs);

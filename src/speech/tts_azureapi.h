@@ -73,8 +73,8 @@ public:
     // false may leave it cut short then.
     bool GenerateWavFile(const wxString& path);
 
-    // Asks the token service. "" with the last error set. The expiry, set only with an answer that may be a token, is a
-    // tick count in milliseconds, 9 minutes from now.
+    // Asks the token service. "" with the last error set, except for an answer that says nothing or is no token. The
+    // expiry, set only with an answer that may be one, is a tick count in milliseconds, 9 minutes from now.
     wxString RequestAccessToken(const wxString& region, const wxString& key, wxLongLong_t* expiry);
     // Also if the credentials of QXTextToSpeech are no longer those that the token was made with.
     bool IsTokenExpired() const;

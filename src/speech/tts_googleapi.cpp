@@ -139,13 +139,15 @@ bool wxTTSGoogleHandler::PlayWavFile(const wxString&, bool, int, const wxString&
     return true;
 }
 
-// The service's message becomes the last error; false, with the failure's own sentence there, if there is none.
+// The service's message becomes the last error; false, which leaves that alone, if there is none.
 bool wxTTSGoogleHandler::TakeRefusal(CloudResponse& response)
 {
     const wxString message = ParseErrorMessage(response.ReadRefusal());
     const wxTTSFailure failure = RefusalFailure(response, message);
-    Fail(failure);
-    if (!IsRedirect(response) && !message.empty())
+    SetFailure(failure);
+    if (IsRedirect(response))
+        m_lastError = failure.message;
+    else if (!message.empty())
         m_lastError = GoogleErrorToMessage(response.GetStatus(), message);
     return IsRedirect(response) || !message.empty();
 }
@@ -176,7 +178,7 @@ bool wxTTSGoogleHandler::GenerateWavFile(const wxString& path)
         const wxJSONValue answer = wxJSONDocument().Parse(body);
         if (!answer.IsValid()) {
             QX_LOG("Failed requests Google Cloud Text-to-Speech");
-            return Fail(qxspeech::UnreadableFailure(response.GetPeer()));
+            return SetFailure(qxspeech::UnreadableFailure(response.GetPeer()));
         }
         TakeAudio(qxspeech::Member(answer, "audioContent"), path);
         return true;
@@ -210,9 +212,8 @@ bool wxTTSGoogleHandler::TestAuthentication(const QXTTSAuthInfo& authInfo)
             qxspeech::SendCloudRequest(SynthesisRequest(authInfo.googleApiKey, qxspeech::GoogleTestBody()));
         if (response.IsOk())
             return true;
-        const wxString byStatus = GoogleErrorToMessage(response.GetStatus(), wxString());
-        if (!TakeRefusal(response) && !byStatus.empty())
-            m_lastError = byStatus;
+        if (!TakeRefusal(response))
+            m_lastError = GoogleErrorToMessage(response.GetStatus(), wxString());
         QX_LOG("Google Text-to-Speech message: %s", m_lastError);
         return false;
     } catch (const std::exception& failure) {

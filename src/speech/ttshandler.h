@@ -82,8 +82,8 @@ public:
 
     // Starts speech, after ending any earlier speech of this handler. An empty outputFile plays; otherwise the audio
     // goes to that file and is not played. options: bits of wxTTSSpeakOption; a GUI host gives wxTTS_SPEAK_ASYNC, as
-    // the local engine blocks with 0. False leaves the reason in GetLastErrorMessage; the local engine alone
-    // leaves that untouched where there is no speech system at all, which GetLastFailure tells.
+    // the local engine blocks with 0. False leaves the reason in GetLastFailure and, but where a service says nothing
+    // that can be read or there is no speech system at all, in GetLastErrorMessage.
     virtual bool Speak(const wxString& text, int options, const wxString& outputFile) = 0;
     // The same with the name of a file that holds the text.
     virtual bool SpeakFile(const wxString& filename, int options, const wxString& outputFile) = 0;

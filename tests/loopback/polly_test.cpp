@@ -158,7 +158,7 @@ TEST_F(Polly, RefusalsAreToldByTheirType)
     LogCapture log;
     services.Inject("", "/v1/speech", 1, Fault::Status(503, ErrorBody::kJson, "busy"));
     EXPECT_FALSE(handler.Speak("a", 0, Path("out.mp3")));
-    EXPECT_EQ(handler.GetLastErrorMessage(), handler.GetLastFailure().message) << "no header";
+    EXPECT_EQ(handler.GetLastErrorMessage(), "") << "no header";
     EXPECT_THAT(Texts(log), ElementsAre(HasSubstr("busy"), HasSubstr("status 503: Service Unavailable")));
     EXPECT_EQ(handler.GetLastFailure().status, 503);
     EXPECT_THAT(handler.GetLastFailure().message.utf8_string(), HasSubstr("status 503 Service Unavailable"));
