@@ -106,12 +106,10 @@ public:
             }
         });
     }
-    // Closes the connection, also in the middle of a body.
-    ~Impl()
-    {
-        cancellation.cancel();
-        body->Abandon();
-    }
+    // Ends the request in the middle of a body at the next bytes that come, or after the HTTP library's 30 s without
+    // any; the connection goes with it. The library's cancellation would close the socket from here while a thread of
+    // its own may be within a read, which can crash there.
+    ~Impl() { body->Abandon(); }
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
 
@@ -146,13 +144,12 @@ private:
     {
         web::http::http_request made = MakeRequest(request);
         made.set_response_stream(concurrency::streams::streambuf<std::uint8_t>(body).create_ostream());
-        return client.request(made, cancellation.get_token()).get();
+        return client.request(made).get();
     }
 
 public:
     CloudPeer peer;
     http_client client; // lives until the body is in
-    pplx::cancellation_token_source cancellation;
     const std::shared_ptr<ArrivingBody> body = std::make_shared<ArrivingBody>();
     web::http::http_response response; // behind what its request needs
     std::string block;

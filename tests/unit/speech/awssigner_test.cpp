@@ -175,19 +175,3 @@ TEST(AwsSigner, AddressEncodesTheRegionThatTheHostIsSignedWith)
     AWSRequestInfo info = Post("secret", "us east", "");
     EXPECT_EQ(CreateRequestUrl(info), "https://polly.us%20east.amazonaws.com/v1/speech?");
 }
-
-TEST(AwsSigner, SystemTimeIsInForceByDefault)
-{
-    AWSRequestInfo info = Post("secret", "us-east-1", "");
-    const std::time_t before = std::time(nullptr);
-    CreateAuthorization(info);
-    const std::time_t after = std::time(nullptr);
-    const auto format = [](std::time_t time) {
-        char text[32];
-        strftime(text, sizeof(text), "%Y%m%dT%H%M%SZ", gmtime(&time));
-        return std::string(text);
-    };
-    EXPECT_GE(Utf8(info.amzDate), format(before));
-    EXPECT_LE(Utf8(info.amzDate), format(after));
-    EXPECT_EQ(info.dateStamp, info.amzDate.Left(8));
-}
