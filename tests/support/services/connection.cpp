@@ -136,6 +136,7 @@ int Connection::AnswerConnect(ByteStream& stream, const Request& request)
     }
     if (answer.status != 200) {
         answer.SetHeader("Connection", "close");
+        m_state.Note(request, answer.status);
         return stream.Write(HeaderText(answer)) && WriteBody(stream, answer) ? answer.status : 0;
     }
     if (!stream.Write("HTTP/1.1 200 Connection established\r\n\r\n"))

@@ -60,15 +60,18 @@ void State::Log(Request& request)
     m_changed.notify_all();
 }
 
+void State::Note(const Request& request, int status)
+{
+    const Guard guard(m_lock);
+    for (Request& entry : m_log)
+        if (entry.order == request.order)
+            entry.status = status;
+}
+
 void State::Finish(Request& request, int status)
 {
     request.status = status;
-    {
-        const Guard guard(m_lock);
-        for (Request& entry : m_log)
-            if (entry.order == request.order)
-                entry.status = status;
-    }
+    Note(request, status);
     const Guard guard(m_observerLock);
     if (m_observer)
         m_observer(request);

@@ -28,8 +28,10 @@ public:
     void ClearFaults();
     std::size_t PendingFaults() const;
 
-    // Log() gives the request its order and time, Finish() its status; the observer hears of it then.
+    // Log() gives the request its order and time, Finish() its status; the observer hears of it then. Note() is for a
+    // client that asks as soon as it has the answer: the status before it is sent.
     void Log(Request& request);
+    void Note(const Request& request, int status);
     void Finish(Request& request, int status);
     std::vector<Request> Entries(bool connects) const;
     void ClearLog();
